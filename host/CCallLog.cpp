@@ -1,0 +1,23 @@
+#include "CCallLog.h"
+
+namespace MV {
+namespace Host {
+
+QList<CCallRecord> CCallLog::Of(const QString& operation) const
+{
+    QList<CCallRecord> found;
+    for (const CCallRecord& record : m_kRecords) {
+        if (record.m_strOperation == operation) {
+            found << record;
+        }
+    }
+    return found;
+}
+
+int CCallLog::Count(const QString& operation) const
+{
+    return Of(operation).size();
+}
+
+} // namespace Host
+} // namespace MV

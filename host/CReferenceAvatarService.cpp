@@ -1,0 +1,94 @@
+#include "CReferenceAvatarService.h"
+
+#include "CHostContext.h"
+
+namespace MV {
+namespace Host {
+
+using C = CHostContext;
+
+namespace {
+
+QV::Result FillNames(const QStringList& source, QV::CArrayList<std::wstring>& names)
+{
+    names.Clear();
+    for (const QString& name : source) {
+        const QV::Result added = names.Add(name.toStdWString());
+        if (QV::Failed(added)) {
+            return added;
+        }
+    }
+    return QV::kOk;
+}
+
+} // namespace
+
+CReferenceAvatarService::CReferenceAvatarService(CHostContext& context) : m_rContext(context) {}
+
+CReferenceAvatarService::~CReferenceAvatarService() = default;
+
+QV::CHandle* CReferenceAvatarService::GetCurrentAvatar()
+{
+    QV::Result injected = QV::kOk;
+    if (m_rContext.Enter("GetCurrentAvatar", {}, injected)) {
+        return nullptr;
+    }
+    return m_rContext.Scene().HandleOf(m_rContext.Scene().State().m_strCurrentAvatar);
+}
+
+void CReferenceAvatarService::GetGozSplitMeshNames(QV::Result& result, QV::CArrayList<std::wstring>& names,
+                                                   unsigned int splitMask)
+{
+    if (m_rContext.Enter("GetGozSplitMeshNames", {C::Number(splitMask)}, result)) {
+        return;
+    }
+    result = FillNames(m_rContext.Scene().SplitMeshNames(splitMask), names);
+}
+
+void CReferenceAvatarService::GetGozExtraMeshNames(QV::Result& result, QV::CArrayList<std::wstring>& names)
+{
+    if (m_rContext.Enter("GetGozExtraMeshNames", {}, result)) {
+        return;
+    }
+    result = FillNames(m_rContext.Scene().State().m_kExtraMeshNames, names);
+}
+
+bool CReferenceAvatarService::IsCharacterTagSupported(const std::wstring& tag, int code)
+{
+    QV::Result injected = QV::kOk;
+    if (m_rContext.Enter("IsCharacterTagSupported", {C::Text(tag), C::Number(code)}, injected)) {
+        return false;
+    }
+    return m_rContext.Scene().State().m_kSupportedCharacterTags.contains(QString::fromStdWString(tag));
+}
+
+QV::CHandle* CReferenceAvatarService::GetBlendShapeEditingAvatar()
+{
+    QV::Result injected = QV::kOk;
+    if (m_rContext.Enter("GetBlendShapeEditingAvatar", {}, injected)) {
+        return nullptr;
+    }
+    const CScene& scene = m_rContext.Scene();
+    const CSceneObject* current = scene.Find(scene.State().m_strCurrentAvatar);
+    if (current != nullptr && current->m_bBlendShapeEditing) {
+        return scene.HandleOf(current->m_strId);
+    }
+    for (int i = 0; i < scene.ObjectCount(); ++i) {
+        if (scene.Object(i).m_bBlendShapeEditing) {
+            return scene.Handle(i);
+        }
+    }
+    return nullptr;
+}
+
+QV::Result CReferenceAvatarService::CommitAvatarChange(QV::CHandle* avatar)
+{
+    QV::Result result = QV::kOk;
+    if (m_rContext.Enter("CommitAvatarChange", {m_rContext.Id(avatar)}, result)) {
+        return result;
+    }
+    return m_rContext.Scene().Find(avatar) == nullptr ? QV::kInvalidArg : QV::kOk;
+}
+
+} // namespace Host
+} // namespace MV

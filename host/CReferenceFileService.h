@@ -1,0 +1,48 @@
+#pragma once
+
+#include "CMiravaInterface.h"
+
+#include <QString>
+
+namespace MV {
+namespace Host {
+
+class CHostContext;
+
+// File operations of the reference host: GoZ export writes small stand-in files, the
+// import operations are answered from the scene and recorded.
+class CReferenceFileService : public CFileService
+{
+public:
+    // The split bit the send side passes alone for a teeth record.
+    static constexpr unsigned int kExtraMeshBit = 16777216u;
+
+    explicit CReferenceFileService(CHostContext& context);
+    ~CReferenceFileService() override;
+
+    QV::Result GetFileHandle(QV::CHandle*& handle, const std::wstring& path, const CGetFileHandleOption& option) override;
+    void ExportGoZ(QV::Result& result, QV::CHandle* handle, const std::wstring& folder, unsigned int splitMask,
+                   QV::CArrayList<std::wstring>& names, int poseOption) override;
+    quint64 GetPluginValue(QObject* plugin) override;
+    void ImportGoZToObject(QV::Result& result, QV::CHandle* target, const std::wstring& gozName,
+                           const CGoZImportOption& options) override;
+    void CreatePropFromGoZ(QV::Result& result, const std::wstring& gozName, const CGoZCreateOption& options,
+                           QV::CHandle*& created) override;
+    void FindObjectByName(QV::Result& result, QV::CHandle*& handle, const std::wstring& name) override;
+    void UpdateMeshFromGoZ(QV::Result& result, const CGoZMeshUpdateInfo& info, QV::CHandle* object) override;
+    void SaveMotionFile(QV::Result& result, QV::CHandle* handle, const std::wstring& path) override;
+    QV::Result SaveAvatarMotion(QV::CHandle* avatar, const std::wstring& path, int flag) override;
+    QV::Result LoadMotionFile(const std::wstring& path, int kind, unsigned int flags, int dropX, int dropY) override;
+    void LoadFile(QV::Result& result, const std::wstring& path, int kind, const CLoadFileOption& options) override;
+
+    // True when a file of this name can exist in a folder of the host's file system.
+    static bool IsValidFileName(const QString& name);
+
+private:
+    QV::Result WriteMotionFile(QV::CHandle* handle, const QString& path);
+
+    CHostContext& m_rContext;
+};
+
+} // namespace Host
+} // namespace MV

@@ -1,0 +1,22 @@
+#include "CReferencePluginsService.h"
+
+#include "CHostContext.h"
+
+namespace MV {
+namespace Host {
+
+CReferencePluginsService::CReferencePluginsService(CHostContext& context) : m_rContext(context) {}
+
+CReferencePluginsService::~CReferencePluginsService() = default;
+
+bool CReferencePluginsService::IsPluginSupported()
+{
+    QV::Result injected = QV::kOk;
+    if (m_rContext.Enter("IsPluginSupported", {}, injected)) {
+        return false;
+    }
+    return m_rContext.Scene().State().m_bPluginSupported;
+}
+
+} // namespace Host
+} // namespace MV

@@ -1,0 +1,74 @@
+#pragma once
+
+#include "QVResult.h"
+
+#include <QByteArray>
+#include <QString>
+#include <QStringList>
+
+#include <memory>
+
+class QTemporaryDir;
+
+namespace MV {
+namespace Host {
+
+// A folder laid out like the public folders of a Windows machine with ZBrush installed.
+// While it exists the process runs inside it: the current directory is the work folder and
+// PUBLIC is "C:/Users/Public", so the fixed "C:/Users/Public/..." paths and the paths built
+// from PUBLIC name the same folder. Everything is restored on destruction.
+class CSandbox
+{
+public:
+    static constexpr const char* kPublic = "C:/Users/Public";
+    static constexpr const char* kZBrushFolder = "C:/Users/Public/Pixologic/GoZBrush";
+    // Installed names of the stand-ins and the tool each is copied from.
+    static const QStringList& ZBrushProgramNames();
+
+    CSandbox();
+    ~CSandbox();
+    CSandbox(const CSandbox&) = delete;
+    CSandbox& operator=(const CSandbox&) = delete;
+
+    // Empty: a fresh temporary folder, removed afterwards. Otherwise that folder is used and kept.
+    void SetWorkFolder(const QString& folder) { m_strRequestedFolder = folder; }
+    // Leaves ZBrush's GoZBrush folder out (the Pixologic folder is still made).
+    void SetInstallZBrush(bool install) { m_bInstallZBrush = install; }
+    // Where the stand-in programs were built.
+    void SetToolsFolder(const QString& folder) { m_strToolsFolder = folder; }
+
+    // Lays the folder out and enters it. On failure nothing stays changed and error says why.
+    QV::Result Create(QString& error);
+    bool IsActive() const { return m_bActive; }
+
+    QString WorkFolder() const { return m_strWorkFolder; }
+    QString ProcessLogPath() const;
+    QString RegistryFilePath() const;
+
+    // The folder of the stand-ins: the environment's MVGOZ_TOOLS_DIR, else the program's own
+    // folder when they are there, else the build's tools folder.
+    static QString DefaultToolsFolder();
+
+private:
+    struct CSavedVariable
+    {
+        QByteArray m_kName;
+        bool m_bWasSet = false;
+        QByteArray m_kValue;
+    };
+
+    void SetVariable(const char* name, const QByteArray& value);
+    void Restore();
+
+    QString m_strRequestedFolder;
+    QString m_strToolsFolder;
+    bool m_bInstallZBrush = true;
+    bool m_bActive = false;
+    QString m_strWorkFolder;
+    QString m_strPreviousDirectory;
+    std::unique_ptr<QTemporaryDir> m_pTemporary;
+    QList<CSavedVariable> m_kSaved;
+};
+
+} // namespace Host
+} // namespace MV

@@ -1,0 +1,119 @@
+#include "CBackstopWatchdog.h"
+#include "CCommandLine.h"
+#include "CDemoNarrator.h"
+#include "CReport.h"
+#include "CRunSession.h"
+
+#include <QApplication>
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QFont>
+#include <QTextStream>
+
+#include <memory>
+
+using namespace MV::Host;
+
+namespace {
+
+// The script's own watchdog normally ends a stuck run; this one only fires when the
+// user-interface thread never returns to an event loop.
+constexpr int kBackstopGraceMs = 15000;
+
+bool ReadFile(const QString& path, QByteArray& bytes, QString& error)
+{
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly)) {
+        error = QStringLiteral("cannot read %1: %2").arg(path, file.errorString());
+        return false;
+    }
+    bytes = file.readAll();
+    return true;
+}
+
+int Fail(const QString& message, int code)
+{
+    QTextStream(stderr) << "mvgoz-host: " << message << '\n';
+    return code;
+}
+
+int Run(const CHostCommand& command)
+{
+    QByteArray scene;
+    QByteArray script;
+    QString error;
+    if (command.m_eKind == CHostCommand::EKind::Demo) {
+        if (!ReadFile(QStringLiteral(":/mvgoz-host/demo/scene.json"), scene, error) ||
+            !ReadFile(QStringLiteral(":/mvgoz-host/demo/script.json"), script, error)) {
+            return Fail(error, CCommandLine::kExitFailed);
+        }
+    } else if (!ReadFile(command.m_strScene, scene, error) || !ReadFile(command.m_strScript, script, error)) {
+        return Fail(error, CCommandLine::kExitBadArguments);
+    }
+    if (!command.m_strReport.isEmpty() && !QFileInfo(command.m_strReport).absoluteDir().exists()) {
+        return Fail(QStringLiteral("the folder of the report %1 does not exist").arg(command.m_strReport),
+                    CCommandLine::kExitBadArguments);
+    }
+    CRunSession session;
+    if (QV::Failed(session.Prepare(scene, script, error))) {
+        return Fail(error, CCommandLine::kExitBadArguments);
+    }
+    CRunOptions options;
+    options.m_strPlugin = command.m_strPlugin;
+    options.m_strWorkFolder = command.m_strWorkFolder;
+    options.m_bInstallZBrush = !command.m_bNoZBrush;
+
+    CReport report;
+    QV::Result result = QV::kOk;
+    {
+        const CBackstopWatchdog backstop(session.WatchdogMs() + kBackstopGraceMs,
+                                         "mvgoz-host: the run is stuck outside any event loop; giving up",
+                                         CCommandLine::kExitFailed);
+        result = session.Execute(options, report);
+    }
+    if (!command.m_strReport.isEmpty() && QV::Failed(report.Save(command.m_strReport, error))) {
+        return Fail(error, CCommandLine::kExitFailed);
+    }
+    if (command.m_eKind == CHostCommand::EKind::Demo) {
+        QTextStream(stdout) << CDemoNarrator::Narrate(report.ToJson());
+    } else if (QV::Failed(result)) {
+        QTextStream err(stderr);
+        for (const QString& problem : report.Problems()) {
+            err << "mvgoz-host: " << problem << '\n';
+        }
+        err << "mvgoz-host: the run failed; see " << command.m_strReport << '\n';
+    }
+    return QV::Succeeded(result) ? CCommandLine::kExitOk : CCommandLine::kExitFailed;
+}
+
+} // namespace
+
+int main(int argc, char** argv)
+{
+    // Headless by default: the host never shows its windows.
+    if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM")) {
+        qputenv("QT_QPA_PLATFORM", "offscreen");
+    }
+    // Qt would take "--plugin" as its own option: the application sees only the program name.
+    QStringList args;
+    for (int i = 1; i < argc; ++i) {
+        args << QString::fromLocal8Bit(argv[i]);
+    }
+    int qtArgc = 1;
+    QApplication app(qtArgc, argv);
+    QApplication::setFont(QFont(QStringLiteral("DejaVu Sans"), 9));
+    Q_INIT_RESOURCE(demo);
+
+    CHostCommand command;
+    QString error;
+    if (QV::Failed(CCommandLine::Parse(args, command, error))) {
+        QTextStream(stderr) << "mvgoz-host: " << error << "\n\n" << CCommandLine::Usage();
+        return CCommandLine::kExitBadArguments;
+    }
+    if (command.m_eKind == CHostCommand::EKind::Help) {
+        QTextStream(stdout) << CCommandLine::Usage();
+        return CCommandLine::kExitOk;
+    }
+    return Run(command);
+}

@@ -1,0 +1,38 @@
+#pragma once
+
+#include <QDateTime>
+#include <QString>
+
+namespace MV {
+
+// Installs the bridge payload (the plug-in's Figmora/ folder) into GoZApps/Figmora/.
+class CBridgeInstaller
+{
+public:
+    enum class EStatus
+    {
+        Installed,
+        ZBrushMissing,
+        CannotCreateFolder,
+        CopyFailed,
+    };
+
+    // root: the Pixologic root; pluginFolder ends with a separator.
+    CBridgeInstaller(const QString& root, const QString& pluginFolder);
+
+    EStatus Install(const QString& currentDirectory) const;
+
+    // "PATH = "<dir with backslashes>\Figmora.exe"": where the launcher finds the host.
+    static QByteArray PathLine(const QString& currentDirectory);
+    static bool IsPathKeyLine(const QByteArray& line);
+    // Launchers older than this mark the installed folder as stale; the date is fixed on purpose.
+    static QDateTime StaleCutOff();
+
+private:
+    bool InstallConfig(const QString& source, const QString& target, const QString& currentDirectory) const;
+
+    QString m_strRoot;
+    QString m_strPluginFolder;
+};
+
+} // namespace MV

@@ -1,0 +1,4 @@
+#include "CCoreBase.h"
+
+CCoreBase::CCoreBase() = default;
+CCoreBase::~CCoreBase() = default;

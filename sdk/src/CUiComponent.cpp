@@ -1,0 +1,4 @@
+#include "CUiComponent.h"
+
+CUiComponent::CUiComponent() = default;
+CUiComponent::~CUiComponent() = default;

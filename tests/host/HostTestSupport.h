@@ -1,0 +1,66 @@
+#pragma once
+
+#include "CPluginHost.h"
+#include "CReferenceHost.h"
+#include "CReport.h"
+#include "CSandbox.h"
+#include "CScene.h"
+
+#include <QByteArray>
+#include <QString>
+#include <QStringList>
+
+#include <memory>
+#include <ostream>
+
+// Readable failure messages for Qt strings.
+QT_BEGIN_NAMESPACE
+inline void PrintTo(const QString& text, std::ostream* out)
+{
+    *out << '"' << text.toStdString() << '"';
+}
+inline void PrintTo(const QStringList& list, std::ostream* out)
+{
+    *out << '[' << list.join(QStringLiteral(", ")).toStdString() << ']';
+}
+QT_END_NAMESPACE
+
+namespace MV {
+namespace Host {
+namespace Test {
+
+// A character with face parts and hair, three props, a spring node and a non-ASCII name.
+extern const char* const kBasicScene;
+
+// The scene, or null after reporting the parse error as a test failure.
+std::unique_ptr<CScene> ParseScene(const QByteArray& json);
+
+// The text arguments of every RecordUsageStep call with this tag, as "text|id".
+QStringList UsageSteps(const CReferenceHost& host, const QString& tag);
+
+// A sandbox, a host over a scene and the fake plug-in, as a run has them.
+class CHostRun
+{
+public:
+    explicit CHostRun(const QByteArray& scene = kBasicScene);
+
+    bool Ready() const { return m_bReady; }
+    // Loads a fake plug-in (the class name check set for it).
+    bool Load(const QString& path = QStringLiteral(MVGOZ_FAKE_PLUGIN));
+    // Parses and runs a script; a parse error is a test failure and gives kInvalidArg.
+    QV::Result Run(const QByteArray& script);
+    QJsonObject Report() const { return m_kReport.ToJson(); }
+    QJsonObject Step(int index) const;
+
+    CSandbox m_kSandbox;
+    std::unique_ptr<CReferenceHost> m_pHost;
+    std::unique_ptr<CPluginHost> m_pPlugins;
+    CReport m_kReport;
+
+private:
+    bool m_bReady = false;
+};
+
+} // namespace Test
+} // namespace Host
+} // namespace MV

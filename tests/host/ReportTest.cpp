@@ -1,0 +1,287 @@
+#include "CDemoNarrator.h"
+#include "CReport.h"
+#include "CRunSession.h"
+#include "HostTestSupport.h"
+
+#include <QDir>
+#include <QFile>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QProcess>
+#include <QTemporaryDir>
+
+#include <gtest/gtest.h>
+
+using namespace MV::Host;
+
+namespace {
+
+void WriteBytes(const QString& path, const QByteArray& bytes)
+{
+    QDir().mkpath(QFileInfo(path).absolutePath());
+    QFile file(path);
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+    file.write(bytes);
+}
+
+TEST(hostReport, ListsFilesAsTextBase64OrANote)
+{
+    QTemporaryDir folder;
+    ASSERT_TRUE(folder.isValid());
+    const QByteArray big(static_cast<int>(CReport::kMaxInlineBytes), 'x');
+    const struct
+    {
+        const char* m_szPath;
+        QByteArray m_kBytes;
+        const char* m_szKey;
+        QJsonValue m_kValue;
+    } cases[] = {
+        {"a/text.txt", QByteArray("PATH = \"C:\\Figmora.exe\"\r\n"), "text", QJsonValue(QStringLiteral("PATH = \"C:\\Figmora.exe\"\r\n"))},
+        {"a/utf8.txt", QByteArray("Ünï"), "text", QJsonValue(QStringLiteral("Ünï"))},
+        {"b/latin1.txt", QByteArray("\xe9t\xe9"), "base64", QJsonValue(QStringLiteral("6XTp"))},
+        {"b/nul.bin", QByteArray("a\0b", 3), "base64", QJsonValue(QStringLiteral("YQBi"))},
+        {"c/big.txt", big, "note", QJsonValue(QStringLiteral("not included: 65536 bytes"))},
+        {"empty.txt", QByteArray(), "text", QJsonValue(QString())},
+    };
+    for (const auto& item : cases) {
+        WriteBytes(folder.path() + QLatin1Char('/') + QString::fromLatin1(item.m_szPath), item.m_kBytes);
+    }
+    const QJsonArray files = CReport::FilesToJson(folder.path());
+    QStringList paths;
+    for (const QJsonValue& file : files) {
+        paths << file.toObject().value(QStringLiteral("path")).toString();
+    }
+    EXPECT_EQ((QStringList{QStringLiteral("a/text.txt"), QStringLiteral("a/utf8.txt"), QStringLiteral("b/latin1.txt"),
+                           QStringLiteral("b/nul.bin"), QStringLiteral("c/big.txt"), QStringLiteral("empty.txt")}),
+              paths);
+    for (const auto& item : cases) {
+        const QJsonObject entry = files.at(paths.indexOf(QString::fromLatin1(item.m_szPath))).toObject();
+        EXPECT_EQ(item.m_kBytes.size(), entry.value(QStringLiteral("size")).toInt()) << item.m_szPath;
+        EXPECT_EQ(item.m_kValue, entry.value(QString::fromLatin1(item.m_szKey))) << item.m_szPath;
+        EXPECT_EQ(3, entry.size()) << item.m_szPath << ": exactly one of text, base64 and note";
+    }
+}
+
+TEST(hostReport, KeepsUnreadableProcessLogLinesAsText)
+{
+    QTemporaryDir folder;
+    ASSERT_TRUE(folder.isValid());
+    const QString log = folder.path() + QStringLiteral("/processes.jsonl");
+    WriteBytes(log, "{\"program\":\"A.exe\",\"args\":[]}\n\n{broken\n[1]\n{\"program\":\"B.exe\"}");
+    const QJsonArray processes = CReport::ProcessesToJson(log);
+    ASSERT_EQ(4, processes.size());
+    EXPECT_EQ(QStringLiteral("A.exe"), processes.at(0).toObject().value(QStringLiteral("program")).toString());
+    EXPECT_EQ(QStringLiteral("{broken"), processes.at(1).toObject().value(QStringLiteral("invalid_line")).toString());
+    EXPECT_EQ(QStringLiteral("[1]"), processes.at(2).toObject().value(QStringLiteral("invalid_line")).toString());
+    EXPECT_EQ(QStringLiteral("B.exe"), processes.at(3).toObject().value(QStringLiteral("program")).toString());
+    EXPECT_TRUE(CReport::ProcessesToJson(folder.path() + QStringLiteral("/missing.jsonl")).isEmpty());
+}
+
+TEST(hostReport, SucceedsOnlyWithThePluginLoadedAndNoFailure)
+{
+    CReport unloaded;
+    unloaded.SetPluginError(QStringLiteral("/x.so"), QStringLiteral("no"));
+    EXPECT_FALSE(unloaded.Succeeded());
+    EXPECT_FALSE(unloaded.ToJson().value(QStringLiteral("ok")).toBool(true));
+
+    MV::Host::Test::CHostRun run;
+    ASSERT_TRUE(run.Load());
+    EXPECT_TRUE(run.m_kReport.Succeeded());
+    run.m_kReport.SetStep(0, QJsonObject{{QStringLiteral("status"), QStringLiteral("skipped")}});
+    EXPECT_TRUE(run.m_kReport.Succeeded());
+    run.m_kReport.SetStep(1, QJsonObject{{QStringLiteral("status"), QStringLiteral("failed")}});
+    EXPECT_FALSE(run.m_kReport.Succeeded());
+
+    CReport withError = CReport();
+    withError.SetPlugin(*run.m_pPlugins);
+    EXPECT_TRUE(withError.Succeeded());
+    withError.AddRunError(QStringLiteral("boom"));
+    EXPECT_FALSE(withError.Succeeded());
+}
+
+TEST(hostReport, ARunSessionReportsEverythingItSaw)
+{
+    CRunSession session;
+    QString error;
+    ASSERT_EQ(QV::kOk, session.Prepare(MV::Host::Test::kBasicScene, R"({"steps": [
+        {"step": "select", "ids": ["box"]},
+        {"step": "trigger", "action": "fakeCallAction"},
+        {"step": "trigger", "action": "fakeStartAction"},
+        {"step": "wait_processes", "count": 1, "timeout_ms": 30000}
+    ]})", error)) << error.toStdString();
+    CRunOptions options;
+    options.m_strPlugin = QStringLiteral(MVGOZ_FAKE_PLUGIN);
+    options.m_strClassName = QStringLiteral("CFakePlugin");
+    CReport report;
+    const QString before = QDir::currentPath();
+    EXPECT_EQ(QV::kOk, session.Execute(options, report));
+    EXPECT_EQ(before, QDir::currentPath()) << "the sandbox must be left";
+    const QJsonObject json = report.ToJson();
+    EXPECT_TRUE(json.value(QStringLiteral("ok")).toBool());
+
+    const QJsonObject plugin = json.value(QStringLiteral("plugin")).toObject();
+    EXPECT_TRUE(plugin.value(QStringLiteral("loaded")).toBool());
+    EXPECT_EQ(QStringLiteral("0x00000000"), plugin.value(QStringLiteral("initialize_result")).toString());
+    EXPECT_EQ(QStringLiteral("0x00000001"), plugin.value(QStringLiteral("finalize_result")).toString());
+    EXPECT_EQ(QStringLiteral("fakeMenu"),
+              plugin.value(QStringLiteral("menus")).toArray().first().toObject().value(QStringLiteral("name")).toString());
+
+    QStringList operations;
+    for (const QJsonValue& call : json.value(QStringLiteral("call_log")).toArray()) {
+        operations << call.toObject().value(QStringLiteral("operation")).toString();
+    }
+    EXPECT_EQ(QStringLiteral("IsPluginSupported"), operations.value(0));
+    EXPECT_TRUE(operations.contains(QStringLiteral("ExportGoZ")));
+    EXPECT_EQ(QStringLiteral("Fake: exported 1"),
+              json.value(QStringLiteral("message_boxes")).toArray().first().toObject().value(QStringLiteral("text")).toString());
+    EXPECT_EQ(1, json.value(QStringLiteral("processes")).toArray().size());
+    EXPECT_EQ(QJsonArray({QStringLiteral("box")}),
+              json.value(QStringLiteral("final_state")).toObject().value(QStringLiteral("selection")).toArray());
+
+    QJsonObject files;
+    for (const QJsonValue& file : json.value(QStringLiteral("files")).toArray()) {
+        files.insert(file.toObject().value(QStringLiteral("path")).toString(), file);
+    }
+    EXPECT_EQ(QStringLiteral("SOFTWARE\\Quorvane\\Figmora\\4.0\tMain Program\tC:\\Program Files\\Figmora\\Figmora.exe\n"),
+              files.value(QStringLiteral("registry.txt")).toObject().value(QStringLiteral("text")).toString());
+    EXPECT_EQ(QStringLiteral("GOZ-STANDIN 1\nobject=box\nname=Box\nsplit=0\npose=0\n"),
+              files.value(QStringLiteral("C:/Users/Public/Pixologic/GoZProjects/Default/Box.goz"))
+                  .toObject()
+                  .value(QStringLiteral("text"))
+                  .toString());
+    EXPECT_TRUE(files.contains(QStringLiteral("C:/Users/Public/Pixologic/GoZBrush/GoZMakeObjectPath.exe")));
+}
+
+TEST(hostReport, ARunWithoutThePluginStillReports)
+{
+    CRunSession session;
+    QString error;
+    ASSERT_EQ(QV::kOk, session.Prepare("{}", R"({"steps": [{"step": "clear_log"}]})", error));
+    CRunOptions options;
+    options.m_strPlugin = QStringLiteral(MVGOZ_FAKE_PLUGIN); // class name CGoZBrushPlugin expected
+    CReport report;
+    EXPECT_EQ(QV::kFail, session.Execute(options, report));
+    const QJsonObject json = report.ToJson();
+    EXPECT_FALSE(json.value(QStringLiteral("plugin")).toObject().value(QStringLiteral("loaded")).toBool(true));
+    EXPECT_TRUE(json.value(QStringLiteral("steps")).toArray().isEmpty());
+    EXPECT_EQ(QV::kFail, session.Execute(options, report)) << "a session runs once";
+}
+
+TEST(hostReport, PrepareNamesTheBadInput)
+{
+    const struct
+    {
+        const char* m_szScene;
+        const char* m_szScript;
+        const char* m_szError;
+    } cases[] = {
+        {"{", R"({"steps": []})", "scene: not valid JSON"},
+        {"{}", R"({"steps": [{"step": "jump"}]})", "script: step 0: unknown step \"jump\""},
+    };
+    for (const auto& item : cases) {
+        CRunSession session;
+        QString error;
+        EXPECT_EQ(QV::kInvalidArg, session.Prepare(item.m_szScene, item.m_szScript, error));
+        EXPECT_TRUE(error.startsWith(QString::fromLatin1(item.m_szError))) << error.toStdString();
+    }
+}
+
+TEST(hostReport, TheNarrativeFollowsTheReport)
+{
+    const QJsonObject report = QJsonDocument::fromJson(R"json({
+        "ok": false,
+        "plugin": {"path": "/p/MVGoZBrush.so", "loaded": true, "initialize_result": "0x00000000",
+                   "menus": [{"name": "menuGoZ", "title": "&GoZ"}], "tool_bars": []},
+        "errors": ["watchdog: the run did not finish within 10 ms (stopped in step 4 (trigger))"],
+        "steps": [{"index": 1, "step": "snapshot_actions", "status": "ok", "comment": "the hero"},
+                  {"index": 2, "step": "snapshot_actions", "status": "ok"},
+                  {"index": 5, "step": "click", "status": "ok", "detail": {"dialog": "FMtoZBrushDlg", "clicked": "qtCancelButton"}}],
+        "action_snapshots": [
+            {"step": 1, "selection": [{"id": "hero", "name": "Hero"}],
+             "actions": [{"name": "qtGoZAction", "text": "Go&Z", "enabled": true},
+                         {"name": "", "text": "Export to", "enabled": true, "menu": true},
+                         {"name": "qtExpressionGoZAction", "text": "Expression GoZ", "enabled": false}]},
+            {"step": 2, "selection": [], "actions": [{"name": "qtGoZAction", "text": "GoZ", "enabled": false}]}],
+        "dialog_dumps": [{"step": 3, "dialog": "FMtoZBrushDlg", "title": "GoZ", "widgets": [
+            {"name": "qtTable", "visible": true, "enabled": true, "rows": 1,
+             "cells": [["Hero", {"widget": "QComboBox", "text": "Create", "enabled": false}, ""]]},
+            {"name": "qtGoZButton", "class": "QPushButton", "visible": true, "enabled": false, "checkable": false},
+            {"name": "qtSplitGroup", "class": "QGroupBox", "visible": true, "enabled": false, "checkable": false},
+            {"name": "qtSkinCheck", "class": "QCheckBox", "visible": true, "enabled": true, "checkable": true, "checked": true},
+            {"name": "qtLegCheck", "class": "QCheckBox", "visible": true, "enabled": false, "checkable": true, "checked": false},
+            {"name": "qtHidden", "class": "QPushButton", "visible": false, "enabled": true, "checkable": false}]}],
+        "files": [{"path": "C:/Users/Public/Pixologic/GoZApps/Figmora/GoZ_Config.txt", "size": 40,
+                   "text": "X = 1\nPATH = \"C:\\Apps\\Figmora.exe\"\n"},
+                  {"path": "C:/Users/Public/Pixologic/GoZProjects/Default/Hero.goz", "size": 12, "text": "x"}],
+        "processes": [{"program": "GoZMakeObjectPath.exe", "object_list": ["C:/Users/Public/Pixologic/GoZProjects/Default/Hero"]}],
+        "message_boxes": [{"text": "[MVGoZBursh] Lod mesh will remove."}]
+    })json").object();
+    const QString text = CDemoNarrator::Narrate(report);
+    for (const char* expected : {
+             "It added the menus \"GoZ\" and the tool bars (none) to the host window.",
+             "  - the hero: enabled: GoZ (qtGoZAction)\n",
+             "  - nothing selected: no command is enabled\n",
+             "GoZ_Config.txt (40 bytes): PATH = \"C:\\Apps\\Figmora.exe\"",
+             "    | Hero | Create (fixed) | \n",
+             "  Buttons: qtGoZButton (disabled)\n",
+             "  Groups: qtSplitGroup (disabled)\n",
+             "  Options: [x] qtSkinCheck, [ ] qtLegCheck (disabled)\n",
+             "At step 5 the demo pressed qtCancelButton in \"FMtoZBrushDlg\".",
+             "GoZProjects/Default/Hero.goz (12 bytes)",
+             "  - GoZMakeObjectPath.exe, offered C:/Users/Public/Pixologic/GoZProjects/Default/Hero\n",
+             "  - \"[MVGoZBursh] Lod mesh will remove.\"",
+             "Problems:\n  - watchdog: the run did not finish",
+         }) {
+        EXPECT_TRUE(text.contains(QString::fromUtf8(expected))) << "missing: " << expected << "\n" << text.toStdString();
+    }
+    EXPECT_FALSE(text.contains(QStringLiteral("qtHidden"))) << "hidden widgets are not told";
+}
+
+TEST(hostReport, TheProgramRejectsBadInputWithExitCodeTwo)
+{
+    QTemporaryDir folder;
+    ASSERT_TRUE(folder.isValid());
+    const QString scene = folder.path() + QStringLiteral("/scene.json");
+    const QString script = folder.path() + QStringLiteral("/script.json");
+    WriteBytes(scene, "{\"objects\": [{\"id\": 1}]}");
+    WriteBytes(script, "{\"steps\": []}");
+    const QString emptyScene = folder.path() + QStringLiteral("/empty.json");
+    WriteBytes(emptyScene, "{}");
+    const struct
+    {
+        QStringList m_kArgs;
+        int m_iExit;
+        const char* m_szMessage;
+    } cases[] = {
+        {{}, 2, "no command given"},
+        {{QStringLiteral("fly")}, 2, "unknown command \"fly\""},
+        {{QStringLiteral("run"), QStringLiteral("--plugin"), QStringLiteral("/p.so")}, 2, "run needs --scene, --script, --report"},
+        {{QStringLiteral("run"), QStringLiteral("--plugin"), QStringLiteral("/p.so"), QStringLiteral("--scene"), scene,
+          QStringLiteral("--script"), script, QStringLiteral("--report"), folder.path() + QStringLiteral("/r.json")},
+         2, "scene: objects[0]: \"id\" must be a non-empty string"},
+        {{QStringLiteral("run"), QStringLiteral("--plugin"), QStringLiteral("/p.so"), QStringLiteral("--scene"),
+          folder.path() + QStringLiteral("/none.json"), QStringLiteral("--script"), script, QStringLiteral("--report"),
+          folder.path() + QStringLiteral("/r.json")},
+         2, "cannot read"},
+        {{QStringLiteral("run"), QStringLiteral("--plugin"), QStringLiteral("/p.so"), QStringLiteral("--scene"), emptyScene,
+          QStringLiteral("--script"), script, QStringLiteral("--report"), folder.path() + QStringLiteral("/no/r.json")},
+         2, "the folder of the report"},
+        {{QStringLiteral("run"), QStringLiteral("--plugin"), folder.path() + QStringLiteral("/none.so"), QStringLiteral("--scene"),
+          emptyScene, QStringLiteral("--script"), script, QStringLiteral("--report"), folder.path() + QStringLiteral("/r2.json")},
+         1, "plug-in not loaded: no plug-in file at"},
+        {{QStringLiteral("help")}, 0, ""},
+    };
+    for (const auto& item : cases) {
+        QProcess process;
+        process.start(QStringLiteral(MVGOZ_HOST_PROGRAM), item.m_kArgs);
+        ASSERT_TRUE(process.waitForFinished(60000));
+        EXPECT_EQ(QProcess::NormalExit, process.exitStatus());
+        EXPECT_EQ(item.m_iExit, process.exitCode()) << item.m_kArgs.join(QLatin1Char(' ')).toStdString();
+        const QString err = QString::fromUtf8(process.readAllStandardError());
+        EXPECT_TRUE(err.contains(QString::fromUtf8(item.m_szMessage))) << err.toStdString();
+    }
+    EXPECT_FALSE(QFileInfo::exists(folder.path() + QStringLiteral("/r.json"))) << "no report for a run that never started";
+    EXPECT_TRUE(QFileInfo::exists(folder.path() + QStringLiteral("/r2.json"))) << "a refused plug-in still gets its report";
+}
+
+} // namespace

@@ -1,0 +1,203 @@
+#include "CScene.h"
+#include "HostTestSupport.h"
+
+#include <gtest/gtest.h>
+
+#include <cctype>
+#include <string>
+
+using namespace MV::Host;
+
+namespace {
+
+struct CBadScene
+{
+    const char* m_szJson;
+    const char* m_szError;
+};
+
+// Names each case by its position and expected message, so that test names stay stable and unique.
+std::string Identifier(const char* text)
+{
+    std::string name;
+    for (const char* c = text; *c != '\0' && name.size() < 56; ++c) {
+        name += std::isalnum(static_cast<unsigned char>(*c)) ? *c : '_';
+    }
+    return name;
+}
+
+std::string CaseName(const ::testing::TestParamInfo<CBadScene>& info)
+{
+    return "c" + std::to_string(info.index) + "_" + Identifier(info.param.m_szError);
+}
+
+void PrintTo(const CBadScene& item, std::ostream* out)
+{
+    *out << Identifier(item.m_szError);
+}
+
+class hostSceneErrors : public ::testing::TestWithParam<CBadScene>
+{
+};
+
+TEST_P(hostSceneErrors, RejectsWithMessageAndKeepsPreviousContent)
+{
+    CScene scene;
+    QString error;
+    ASSERT_EQ(QV::kOk, scene.Parse(R"({"objects": [{"id": "keep"}]})", error)) << error.toStdString();
+
+    EXPECT_EQ(QV::kInvalidArg, scene.Parse(GetParam().m_szJson, error));
+    EXPECT_TRUE(error.contains(QString::fromUtf8(GetParam().m_szError))) << error.toStdString();
+    ASSERT_EQ(1, scene.ObjectCount());
+    EXPECT_EQ(QStringLiteral("keep"), scene.Object(0).m_strId);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Cases, hostSceneErrors,
+    ::testing::Values(
+        CBadScene{"{", "not valid JSON at line 1, column 2"},
+        CBadScene{"{\n  \"objects\": [\n    {\"id\": \"a\",}\n  ]\n}", "not valid JSON at line 3"},
+        CBadScene{"[]", "the scene must be a JSON object"},
+        CBadScene{R"({"objects": {}})", "\"objects\" must be an array"},
+        CBadScene{R"({"objects": [3]})", "objects[0]: must be an object"},
+        CBadScene{R"({"objects": [{"name": "x"}]})", "objects[0]: \"id\" must be a non-empty string"},
+        CBadScene{R"({"objects": [{"id": ""}]})", "objects[0]: \"id\" must be a non-empty string"},
+        CBadScene{R"({"objects": [{"id": "a"}, {"id": "a"}]})", "objects[1]: duplicate id \"a\""},
+        CBadScene{R"({"objects": [{"id": "a", "nmae": "x"}]})", "objects[0] (\"a\"): unknown key \"nmae\""},
+        CBadScene{R"({"objects": [{"id": "a", "kind": -1}]})", "\"kind\" must be an integer from 0 to 4294967295"},
+        CBadScene{R"({"objects": [{"id": "a", "kind": 1.5}]})", "\"kind\" must be an integer"},
+        CBadScene{R"({"objects": [{"id": "a", "kind": "3"}]})", "\"kind\" must be an integer"},
+        CBadScene{R"({"objects": [{"id": "a", "node_type": 2147483648}]})", "\"node_type\" must be an integer"},
+        CBadScene{R"({"objects": [{"id": "a", "polygon_supported": 1}]})", "\"polygon_supported\" must be true or false"},
+        CBadScene{R"({"objects": [{"id": "a", "lod_meshes": ["x", 2]}]})", "\"lod_meshes\" must be an array of strings"},
+        CBadScene{R"({"objects": [{"id": "a", "texture_sizes": {"x": 3}}]})", "\"texture_sizes\" entry \"x\""},
+        CBadScene{R"({"objects": [{"id": "a", "texture_sizes": [1]}]})", "\"texture_sizes\" must map"},
+        CBadScene{R"({"objects": [{"id": "a", "parent": "zz"}]})", "object \"a\": unknown parent \"zz\""},
+        CBadScene{R"({"objects": [{"id": "a", "parent": "b"}, {"id": "b", "parent": "a"}]})", "parents form a cycle"},
+        CBadScene{R"({"objects": [{"id": "a", "parent": "a"}]})", "parents form a cycle"},
+        CBadScene{R"({"objects": [{"id": "a", "meshes": ["m"]}]})", "object \"a\" meshes: unknown object \"m\""},
+        CBadScene{R"({"objects": [{"id": "a", "pick_owner": "q"}]})", "pick_owner: unknown object \"q\""},
+        CBadScene{R"({"objects": [{"id": "a"}], "selection": ["q"]})", "selection: unknown object \"q\""},
+        CBadScene{R"({"objects": [{"id": "a"}], "picks": ["a", 1]})", "\"picks\" must be an array of strings"},
+        CBadScene{R"({"current_avatar": "ghost"})", "current_avatar: unknown object \"ghost\""},
+        CBadScene{R"({"selecton": []})", "top level: unknown key \"selecton\""},
+        CBadScene{R"({"playing": "yes"})", "\"playing\" must be true or false"},
+        CBadScene{R"({"registry": []})", "\"registry\" must map sub-keys"},
+        CBadScene{R"({"registry": {"K": {"V": 3}}})", "registry \"K\" value \"V\": data must be a string"},
+        CBadScene{R"({"registry": {"K": {"V": "a\tb"}}})", "tabs and line breaks cannot be stored"},
+        CBadScene{R"({"registry": {"K": {"V": {"data": "1", "type": "REG\tDWORD"}}}})", "tabs and line breaks"},
+        CBadScene{R"({"registry": {"K": {"V": {"data": "1"}}}})", "data must be a string or {\"data\", \"type\"}"},
+        CBadScene{R"({"registry": {"K\nL": {"V": "x"}}})", "tabs and line breaks cannot be stored"},
+        CBadScene{R"({"split_mesh_names": [{"bit": 1}]})", "split_mesh_names[0]: \"name\" must be a non-empty string"},
+        CBadScene{R"({"split_mesh_names": [{"name": "x", "bit": -2}]})", "split_mesh_names[0]: \"bit\" must be"},
+        CBadScene{R"({"split_mesh_names": {"name": "x"}})", "\"split_mesh_names\" must be an array"},
+        CBadScene{"\xff\xfe{}", "not valid JSON"}),
+    CaseName);
+
+TEST(hostScene, AppliesDefaultsAndDerivedFlags)
+{
+    const auto scene = MV::Host::Test::ParseScene(R"({"objects": [
+        {"id": "plain"},
+        {"id": "char", "node_type": 4},
+        {"id": "typed_off", "node_type": 2, "has_node_type": false},
+        {"id": "avatar", "avatar_type": 4, "character": false},
+        {"id": "empty", "meshes": []}
+    ]})");
+    ASSERT_TRUE(scene);
+    const CSceneObject* plain = scene->Find(QStringLiteral("plain"));
+    ASSERT_NE(nullptr, plain);
+    EXPECT_EQ(QStringLiteral("plain"), plain->m_strName);
+    EXPECT_TRUE(plain->m_bPolygonSupported);
+    EXPECT_FALSE(plain->m_bHasNodeType);
+    EXPECT_FALSE(plain->m_bCharacter);
+    EXPECT_EQ(QStringList{QStringLiteral("plain")}, plain->m_kMeshes);
+
+    EXPECT_TRUE(scene->Find(QStringLiteral("char"))->m_bHasNodeType);
+    EXPECT_TRUE(scene->Find(QStringLiteral("char"))->m_bCharacter);
+    EXPECT_FALSE(scene->Find(QStringLiteral("typed_off"))->m_bHasNodeType);
+    EXPECT_FALSE(scene->Find(QStringLiteral("typed_off"))->m_bCharacter);
+    EXPECT_FALSE(scene->Find(QStringLiteral("avatar"))->m_bCharacter);
+    EXPECT_TRUE(scene->Find(QStringLiteral("empty"))->m_kMeshes.isEmpty());
+
+    const CSceneState& state = scene->State();
+    EXPECT_TRUE(state.m_bReadyForCommand);
+    EXPECT_TRUE(state.m_bPluginSupported);
+    EXPECT_TRUE(state.m_bSkinSplitSupported);
+    EXPECT_FALSE(state.m_bPlaying);
+    EXPECT_TRUE(state.m_bPicksFollowSelection);
+    EXPECT_TRUE(state.m_strCurrentAvatar.isEmpty());
+}
+
+TEST(hostScene, PicksFollowTheSelectionUnlessGiven)
+{
+    const auto following = MV::Host::Test::ParseScene(R"({"objects": [{"id": "a"}, {"id": "b"}], "selection": ["b", "a"]})");
+    ASSERT_TRUE(following);
+    EXPECT_EQ((QStringList{QStringLiteral("b"), QStringLiteral("a")}), following->PickedIds());
+
+    const auto own = MV::Host::Test::ParseScene(R"({"objects": [{"id": "a"}, {"id": "b"}], "selection": ["b"], "picks": []})");
+    ASSERT_TRUE(own);
+    EXPECT_TRUE(own->PickedIds().isEmpty());
+}
+
+TEST(hostScene, DerivesChildrenAndOwningCharacter)
+{
+    const auto scene = MV::Host::Test::ParseScene(MV::Host::Test::kBasicScene);
+    ASSERT_TRUE(scene);
+    EXPECT_EQ((QStringList{QStringLiteral("hero_eye"), QStringLiteral("hero_hair"), QStringLiteral("hero_teeth")}),
+              scene->Find(QStringLiteral("hero"))->m_kChildren);
+    EXPECT_EQ((QStringList{QStringLiteral("hero_eye"), QStringLiteral("hero_hair"), QStringLiteral("hero_clip"),
+                           QStringLiteral("spring"), QStringLiteral("hero_teeth")}),
+              scene->Descendants(QStringLiteral("hero")));
+    EXPECT_EQ(QStringLiteral("hero"), scene->OwningCharacter(QStringLiteral("hero_clip")));
+    EXPECT_EQ(QStringLiteral("hero"), scene->OwningCharacter(QStringLiteral("hero")));
+    EXPECT_TRUE(scene->OwningCharacter(QStringLiteral("box")).isEmpty());
+    EXPECT_EQ(QStringLiteral("Ünïcödé Statue"), scene->Find(QStringLiteral("statue"))->m_strName);
+    EXPECT_EQ(2048, scene->Find(QStringLiteral("hero"))->m_kTextureSizes.value(0));
+    EXPECT_EQ(512, scene->Find(QStringLiteral("hero"))->m_kTextureSizes.value(2));
+}
+
+TEST(hostScene, SplitMeshNamesFollowTheMaskAndKeepAlwaysNames)
+{
+    const auto scene = MV::Host::Test::ParseScene(MV::Host::Test::kBasicScene);
+    ASSERT_TRUE(scene);
+    const struct
+    {
+        unsigned int m_uMask;
+        QStringList m_kNames;
+    } cases[] = {
+        {0u, {QStringLiteral("Body")}},
+        {1u, {QStringLiteral("Body"), QStringLiteral("EyeWinker")}},
+        {64u | 1024u, {QStringLiteral("Body"), QStringLiteral("SkinHead")}},
+        {0xFFFFFFFFu, {QStringLiteral("Body"), QStringLiteral("EyeWinker"), QStringLiteral("SkinHead")}},
+    };
+    for (const auto& item : cases) {
+        EXPECT_EQ(item.m_kNames, scene->SplitMeshNames(item.m_uMask)) << "mask " << item.m_uMask;
+    }
+}
+
+TEST(hostScene, HandlesStayStableAndForeignHandlesResolveToNothing)
+{
+    CScene scene;
+    QString error;
+    ASSERT_EQ(QV::kOk, scene.Parse(R"({"objects": [{"id": "a"}, {"id": "b", "parent": "a"}]})", error));
+    QV::CHandle* a = scene.HandleOf(QStringLiteral("a"));
+    ASSERT_NE(nullptr, a);
+
+    CSceneObject added;
+    added.m_strId = QStringLiteral("c");
+    added.m_strParent = QStringLiteral("a");
+    EXPECT_EQ(2, scene.AddObject(added));
+    EXPECT_EQ(a, scene.HandleOf(QStringLiteral("a")));
+    EXPECT_EQ(0, scene.IndexOf(a));
+    EXPECT_EQ((QStringList{QStringLiteral("b"), QStringLiteral("c")}), scene.Find(a)->m_kChildren);
+    EXPECT_EQ(-1, scene.AddObject(added)) << "ids stay unique";
+
+    QV::CHandle foreign(0);
+    EXPECT_EQ(-1, scene.IndexOf(&foreign));
+    EXPECT_EQ(nullptr, scene.Find(static_cast<const QV::CHandle*>(nullptr)));
+
+    ASSERT_EQ(QV::kOk, scene.Parse(R"({"objects": [{"id": "x"}]})", error));
+    EXPECT_EQ(-1, scene.IndexOf(a)) << "a handle of the old content must not name a new object";
+}
+
+} // namespace

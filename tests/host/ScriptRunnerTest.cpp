@@ -1,0 +1,268 @@
+#include "HostTestSupport.h"
+
+#include <QApplication>
+#include <QDir>
+#include <QJsonArray>
+#include <QJsonDocument>
+
+#include <gtest/gtest.h>
+
+using namespace MV::Host;
+using MV::Host::Test::CHostRun;
+using MV::Host::Test::UsageSteps;
+
+namespace {
+
+QJsonObject Widget(const QJsonObject& dump, const QString& name)
+{
+    for (const QJsonValue& widget : dump.value(QStringLiteral("widgets")).toArray()) {
+        if (widget.toObject().value(QStringLiteral("name")).toString() == name) {
+            return widget.toObject();
+        }
+    }
+    return QJsonObject();
+}
+
+class hostScriptRunner : public ::testing::Test
+{
+protected:
+    void SetUp() override { ASSERT_TRUE(m_kRun.Load()); }
+    void TearDown() override { EXPECT_EQ(nullptr, QApplication::activeModalWidget()) << "a run left a dialog open"; }
+
+    QString StepError(int index) const { return m_kRun.Step(index).value(QStringLiteral("error")).toString(); }
+
+    CHostRun m_kRun;
+};
+
+TEST_F(hostScriptRunner, StepsRunInsideTheModalDialogAnActionOpens)
+{
+    const QV::Result result = m_kRun.Run(R"({"steps": [
+        {"step": "trigger", "action": "fakeDialogAction"},
+        {"step": "set_checked", "widget": "fakeCheck", "checked": true},
+        {"step": "set_combo_index", "widget": "fakeCombo", "index": 2},
+        {"step": "table_combo_choose", "table": "fakeTable", "row": 0, "column": 1, "text": "Relink"},
+        {"step": "dump_dialog"},
+        {"step": "click", "widget": "fakeOkButton"}
+    ]})");
+    EXPECT_EQ(QV::kOk, result) << QJsonDocument(m_kRun.Report()).toJson().toStdString();
+    // What the plug-in saw once its dialog returned: every change made, then accepted.
+    EXPECT_EQ(QStringList{QStringLiteral("check=1;combo=2;activated=2;row0=Relink|1")},
+              UsageSteps(*m_kRun.m_pHost, QStringLiteral("FakeDialogClosed")));
+    for (int i = 0; i < 6; ++i) {
+        EXPECT_EQ(QStringLiteral("ok"), m_kRun.Step(i).value(QStringLiteral("status")).toString()) << "step " << i;
+    }
+
+    const QJsonArray dumps = m_kRun.Report().value(QStringLiteral("dialog_dumps")).toArray();
+    ASSERT_EQ(1, dumps.size());
+    const QJsonObject dump = dumps.first().toObject();
+    EXPECT_EQ(4, dump.value(QStringLiteral("step")).toInt());
+    EXPECT_EQ(QStringLiteral("FakeDialog"), dump.value(QStringLiteral("dialog")).toString());
+    EXPECT_EQ(QStringLiteral("Fake dialog"), dump.value(QStringLiteral("title")).toString());
+
+    const QJsonObject combo = Widget(dump, QStringLiteral("fakeCombo"));
+    EXPECT_EQ(QStringLiteral("Gamma"), combo.value(QStringLiteral("current_text")).toString());
+    EXPECT_EQ(QJsonArray({1}), combo.value(QStringLiteral("hidden_rows")).toArray());
+    EXPECT_EQ(QJsonArray({QStringLiteral("Alpha"), QStringLiteral("Beta"), QStringLiteral("Gamma")}),
+              combo.value(QStringLiteral("items")).toArray());
+    EXPECT_TRUE(Widget(dump, QStringLiteral("fakeCheck")).value(QStringLiteral("checked")).toBool());
+    EXPECT_FALSE(Widget(dump, QStringLiteral("fakeHiddenCheck")).value(QStringLiteral("visible")).toBool(true));
+    EXPECT_TRUE(Widget(dump, QStringLiteral("fakeCheck")).value(QStringLiteral("visible")).toBool());
+    EXPECT_FALSE(Widget(dump, QStringLiteral("fakeDisabledButton")).value(QStringLiteral("enabled")).toBool(true));
+
+    const QJsonObject table = Widget(dump, QStringLiteral("fakeTable"));
+    EXPECT_EQ(2, table.value(QStringLiteral("rows")).toInt());
+    EXPECT_EQ(QJsonArray({QStringLiteral("Name"), QStringLiteral("Action")}), table.value(QStringLiteral("headers")).toArray());
+    const QJsonArray cells = table.value(QStringLiteral("cells")).toArray();
+    ASSERT_EQ(2, cells.size());
+    EXPECT_EQ(QStringLiteral("Row A"), cells.at(0).toArray().at(0).toString());
+    const QJsonObject rowCombo = cells.at(0).toArray().at(1).toObject();
+    EXPECT_EQ(QStringLiteral("QComboBox"), rowCombo.value(QStringLiteral("widget")).toString());
+    EXPECT_EQ(QStringLiteral("Relink"), rowCombo.value(QStringLiteral("text")).toString());
+    EXPECT_TRUE(rowCombo.value(QStringLiteral("enabled")).toBool());
+    const QJsonObject fixedCombo = cells.at(1).toArray().at(1).toObject();
+    EXPECT_EQ(QStringLiteral("Skip"), fixedCombo.value(QStringLiteral("text")).toString());
+    EXPECT_FALSE(fixedCombo.value(QStringLiteral("enabled")).toBool(true));
+}
+
+TEST_F(hostScriptRunner, NestedDialogsAreDrivenInnermostFirst)
+{
+    const QV::Result result = m_kRun.Run(R"({"steps": [
+        {"step": "trigger", "action": "fakeDialogAction"},
+        {"step": "click", "widget": "fakeNestedButton"},
+        {"step": "dump_dialog"},
+        {"step": "click", "widget": "fakeNestedClose"},
+        {"step": "click", "widget": "fakeCancelButton", "dialog": "FakeDialog"}
+    ]})");
+    EXPECT_EQ(QV::kOk, result);
+    EXPECT_EQ(QStringList{QStringLiteral("|1")}, UsageSteps(*m_kRun.m_pHost, QStringLiteral("FakeNestedClosed")));
+    EXPECT_EQ(QStringList{QStringLiteral("check=0;combo=0;activated=-1;row0=Create|0")},
+              UsageSteps(*m_kRun.m_pHost, QStringLiteral("FakeDialogClosed")));
+    const QJsonArray dumps = m_kRun.Report().value(QStringLiteral("dialog_dumps")).toArray();
+    ASSERT_EQ(1, dumps.size());
+    EXPECT_EQ(QStringLiteral("FakeNestedDialog"), dumps.first().toObject().value(QStringLiteral("dialog")).toString());
+}
+
+TEST_F(hostScriptRunner, FailedStepsNameTheStepAndTheRunGoesOn)
+{
+    const struct
+    {
+        const char* m_szStep;
+        const char* m_szError;
+    } cases[] = {
+        {R"({"step": "click", "widget": "nope"})", "step 1 (click): no widget \"nope\""},
+        {R"({"step": "click", "widget": "fakeCombo"})", "widget \"fakeCombo\" is not a button"},
+        {R"({"step": "click", "widget": "fakeDisabledButton"})", "widget \"fakeDisabledButton\" is disabled"},
+        {R"({"step": "set_checked", "widget": "fakeHiddenCheck", "checked": true})", "widget \"fakeHiddenCheck\" is hidden"},
+        {R"({"step": "set_checked", "widget": "fakeOkButton", "checked": true})", "widget \"fakeOkButton\" cannot be checked"},
+        {R"({"step": "set_combo_index", "widget": "fakeCombo", "index": 3})", "combo box \"fakeCombo\" has no item 3 (it has 3)"},
+        {R"({"step": "table_combo_choose", "table": "fakeTable", "row": 0, "column": 1, "text": "Skip"})",
+         "has no item \"Skip\" (items: Create, Relink)"},
+        {R"({"step": "table_combo_choose", "table": "fakeTable", "row": 1, "column": 1, "text": "Skip"})", "is disabled"},
+        {R"({"step": "table_combo_choose", "table": "fakeTable", "row": 0, "column": 0, "text": "x"})", "holds no combo box"},
+        {R"({"step": "table_combo_choose", "table": "fakeTable", "row": 5, "column": 1, "text": "x"})",
+         "has no cell (5, 1); it has 2 rows and 2 columns"},
+        {R"({"step": "dump_dialog", "dialog": "NoSuchDialog"})", "no window named \"NoSuchDialog\""},
+        {R"({"step": "trigger", "action": "fakeDisabledAction"})", "action \"fakeDisabledAction\" is disabled"},
+        {R"({"step": "trigger", "action": "noSuchAction"})", "the plug-in has no action \"noSuchAction\" (it has: fakeDialogAction"},
+        {R"({"step": "select", "ids": ["box", "ghost"]})", "step 1 (select): unknown object \"ghost\""},
+    };
+    for (const auto& item : cases) {
+        const QByteArray script = QByteArray(R"({"steps": [{"step": "trigger", "action": "fakeDialogAction"}, )") +
+                                  item.m_szStep + R"(, {"step": "close_dialog"}]})";
+        m_kRun.m_kReport = CReport();
+        EXPECT_EQ(QV::kFail, m_kRun.Run(script)) << item.m_szStep;
+        EXPECT_EQ(QStringLiteral("failed"), m_kRun.Step(1).value(QStringLiteral("status")).toString()) << item.m_szStep;
+        EXPECT_TRUE(StepError(1).contains(QString::fromUtf8(item.m_szError))) << StepError(1).toStdString();
+        EXPECT_EQ(QStringLiteral("ok"), m_kRun.Step(2).value(QStringLiteral("status")).toString())
+            << item.m_szStep << ": the run must go on after a failed step";
+    }
+}
+
+TEST_F(hostScriptRunner, AClickFallsBackWhenItsButtonCannotBePressed)
+{
+    const QV::Result result = m_kRun.Run(R"({"steps": [
+        {"step": "trigger", "action": "fakeDialogAction"},
+        {"step": "click", "widget": "fakeDisabledButton", "fallback": "fakeCancelButton"},
+        {"step": "snapshot_actions", "only_if_clicked": "fakeDisabledButton"},
+        {"step": "snapshot_actions", "only_if_clicked": "fakeCancelButton"}
+    ]})");
+    EXPECT_EQ(QV::kOk, result);
+    EXPECT_EQ(QStringLiteral("fakeCancelButton"),
+              m_kRun.Step(1).value(QStringLiteral("detail")).toObject().value(QStringLiteral("clicked")).toString());
+    EXPECT_EQ(QStringLiteral("skipped"), m_kRun.Step(2).value(QStringLiteral("status")).toString());
+    EXPECT_EQ(QStringLiteral("ok"), m_kRun.Step(3).value(QStringLiteral("status")).toString());
+    const QJsonArray snapshots = m_kRun.Report().value(QStringLiteral("action_snapshots")).toArray();
+    ASSERT_EQ(1, snapshots.size());
+    EXPECT_EQ(3, snapshots.first().toObject().value(QStringLiteral("step")).toInt());
+    EXPECT_EQ(QStringList{QStringLiteral("check=0;combo=0;activated=-1;row0=Create|0")},
+              UsageSteps(*m_kRun.m_pHost, QStringLiteral("FakeDialogClosed")));
+}
+
+TEST_F(hostScriptRunner, TheWatchdogEndsARunThatDoesNotFinish)
+{
+    const QV::Result result = m_kRun.Run(R"({"watchdog_ms": 300, "steps": [
+        {"step": "trigger", "action": "fakeDialogAction"},
+        {"step": "wait_processes", "count": 5, "timeout_ms": 600000},
+        {"step": "clear_log"}
+    ]})");
+    EXPECT_EQ(QV::kFail, result);
+    const QJsonArray errors = m_kRun.Report().value(QStringLiteral("errors")).toArray();
+    ASSERT_EQ(1, errors.size());
+    EXPECT_TRUE(errors.first().toString().startsWith(QStringLiteral("watchdog: the run did not finish within 300 ms")))
+        << errors.first().toString().toStdString();
+    EXPECT_TRUE(StepError(1).contains(QStringLiteral("stopped by the watchdog with 0 of 5 processes logged")))
+        << StepError(1).toStdString();
+    EXPECT_EQ(QStringLiteral("not_run"), m_kRun.Step(2).value(QStringLiteral("status")).toString());
+    // The dialog was closed (rejected) so that the plug-in code returned.
+    EXPECT_EQ(QStringList{QStringLiteral("check=0;combo=0;activated=-1;row0=Create|0")},
+              UsageSteps(*m_kRun.m_pHost, QStringLiteral("FakeDialogClosed")));
+}
+
+TEST_F(hostScriptRunner, AScriptThatEndsWithADialogOpenFails)
+{
+    EXPECT_EQ(QV::kFail, m_kRun.Run(R"({"steps": [{"step": "trigger", "action": "fakeDialogAction"}]})"));
+    const QJsonArray errors = m_kRun.Report().value(QStringLiteral("errors")).toArray();
+    ASSERT_EQ(1, errors.size());
+    EXPECT_EQ(QStringLiteral("the script ended with dialog \"FakeDialog\" still open; it was closed"), errors.first().toString());
+}
+
+TEST_F(hostScriptRunner, InjectedFailuresAndQueuedAnswersReachThePlugin)
+{
+    const QV::Result result = m_kRun.Run(R"({"steps": [
+        {"step": "select", "ids": ["box", "lamp"]},
+        {"step": "fail", "operation": "ExportGoZ", "code": "0x80000005", "nth": 2},
+        {"step": "answer_messages", "buttons": [65536]},
+        {"step": "trigger", "action": "fakeCallAction"},
+        {"step": "clear_failures"},
+        {"step": "trigger", "action": "fakeCallAction"}
+    ]})");
+    EXPECT_EQ(QV::kOk, result);
+    const QList<CCallRecord> exports = m_kRun.m_pHost->CallLog().Of(QStringLiteral("ExportGoZ"));
+    ASSERT_EQ(4, exports.size());
+    EXPECT_FALSE(exports.at(0).m_bInjected);
+    EXPECT_TRUE(exports.at(1).m_bInjected);
+    EXPECT_EQ(QStringLiteral("lamp"), exports.at(1).m_kArgs.first());
+    EXPECT_FALSE(exports.at(3).m_bInjected);
+    ASSERT_EQ(2, m_kRun.m_pHost->MessageBoxes().size());
+    EXPECT_EQ(QStringLiteral("Fake: exported 1"), m_kRun.m_pHost->MessageBoxes().at(0).m_strText);
+    EXPECT_EQ(QStringLiteral("Fake: exported 2"), m_kRun.m_pHost->MessageBoxes().at(1).m_strText);
+    EXPECT_EQ((QStringList{QStringLiteral("65536|65536"), QStringLiteral("1024|1024")}),
+              UsageSteps(*m_kRun.m_pHost, QStringLiteral("FakeAnswer")));
+    EXPECT_TRUE(QFileInfo(QStringLiteral("C:/Users/Public/Pixologic/GoZProjects/Default/Desk Lamp.goz")).isFile());
+}
+
+TEST_F(hostScriptRunner, HostStepsChangeTheSceneAndSnapshotsRecordIt)
+{
+    const QV::Result result = m_kRun.Run(R"({"steps": [
+        {"step": "select", "ids": ["statue"]},
+        {"step": "set_current_avatar", "id": null},
+        {"step": "set_playing", "playing": true},
+        {"step": "snapshot_actions", "comment": "playing"},
+        {"step": "pick", "ids": ["crate"]},
+        {"step": "set_expression_editing", "id": "hero", "editing": true},
+        {"step": "set_blend_shape_editing", "id": "hero", "editing": true},
+        {"step": "clear_log"}
+    ]})");
+    EXPECT_EQ(QV::kOk, result);
+    const CScene& scene = m_kRun.m_pHost->Scene();
+    EXPECT_EQ(QStringList{QStringLiteral("crate")}, scene.PickedIds());
+    EXPECT_TRUE(scene.State().m_strCurrentAvatar.isEmpty());
+    EXPECT_TRUE(scene.Find(QStringLiteral("hero"))->m_bExpressionEditing);
+    EXPECT_TRUE(scene.Find(QStringLiteral("hero"))->m_bBlendShapeEditing);
+    EXPECT_TRUE(m_kRun.m_pHost->CallLog().Records().isEmpty());
+    EXPECT_EQ(1, m_kRun.m_pPlugins->Instance()->property("played").toInt());
+    EXPECT_EQ(1, m_kRun.m_pPlugins->Instance()->property("selectionChanges").toInt());
+
+    const QJsonObject snapshot = m_kRun.Report().value(QStringLiteral("action_snapshots")).toArray().first().toObject();
+    EXPECT_EQ(QStringLiteral("Ünïcödé Statue"),
+              snapshot.value(QStringLiteral("selection")).toArray().first().toObject().value(QStringLiteral("name")).toString());
+    EXPECT_TRUE(snapshot.value(QStringLiteral("playing")).toBool());
+    EXPECT_TRUE(snapshot.value(QStringLiteral("current_avatar")).isNull());
+    bool sawDisabled = false;
+    for (const QJsonValue& action : snapshot.value(QStringLiteral("actions")).toArray()) {
+        if (action.toObject().value(QStringLiteral("name")).toString() == QLatin1String("fakeDisabledAction")) {
+            sawDisabled = !action.toObject().value(QStringLiteral("enabled")).toBool(true);
+        }
+    }
+    EXPECT_TRUE(sawDisabled);
+    EXPECT_EQ(QStringLiteral("playing"), m_kRun.Step(3).value(QStringLiteral("comment")).toString());
+}
+
+TEST_F(hostScriptRunner, WaitsForTheStandInProgramsTheScriptStarted)
+{
+    const QV::Result result = m_kRun.Run(R"({"steps": [
+        {"step": "trigger", "action": "fakeStartAction"},
+        {"step": "wait_processes", "count": 1, "timeout_ms": 30000}
+    ]})");
+    ASSERT_EQ(QV::kOk, result) << QJsonDocument(m_kRun.Report()).toJson().toStdString();
+    const QJsonArray processes = CReport::ProcessesToJson(m_kRun.m_kSandbox.ProcessLogPath());
+    ASSERT_EQ(1, processes.size());
+    const QJsonObject process = processes.first().toObject();
+    EXPECT_EQ(QStringLiteral("GoZBrushFromApp.exe"), process.value(QStringLiteral("program")).toString());
+    EXPECT_EQ(QJsonArray({QStringLiteral("--fake")}), process.value(QStringLiteral("args")).toArray());
+    EXPECT_EQ(QDir(m_kRun.m_kSandbox.WorkFolder()).canonicalPath(),
+              QDir(process.value(QStringLiteral("cwd")).toString()).canonicalPath());
+    EXPECT_EQ(1, m_kRun.Step(1).value(QStringLiteral("detail")).toObject().value(QStringLiteral("found")).toInt());
+}
+
+} // namespace

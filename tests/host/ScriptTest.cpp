@@ -1,0 +1,123 @@
+#include "CScript.h"
+#include "HostTestSupport.h"
+
+#include <gtest/gtest.h>
+
+#include <cctype>
+#include <string>
+
+using namespace MV::Host;
+
+namespace {
+
+struct CBadScript
+{
+    const char* m_szJson;
+    const char* m_szError;
+};
+
+// Names each case by its position and expected message, so that test names stay stable and unique.
+std::string Identifier(const char* text)
+{
+    std::string name;
+    for (const char* c = text; *c != '\0' && name.size() < 56; ++c) {
+        name += std::isalnum(static_cast<unsigned char>(*c)) ? *c : '_';
+    }
+    return name;
+}
+
+std::string CaseName(const ::testing::TestParamInfo<CBadScript>& info)
+{
+    return "c" + std::to_string(info.index) + "_" + Identifier(info.param.m_szError);
+}
+
+void PrintTo(const CBadScript& item, std::ostream* out)
+{
+    *out << Identifier(item.m_szError);
+}
+
+class hostScriptErrors : public ::testing::TestWithParam<CBadScript>
+{
+};
+
+TEST_P(hostScriptErrors, RejectsTheScriptNamingTheStep)
+{
+    CScript script;
+    QString error;
+    EXPECT_EQ(QV::kInvalidArg, script.Parse(GetParam().m_szJson, error));
+    EXPECT_TRUE(error.contains(QString::fromUtf8(GetParam().m_szError))) << error.toStdString();
+    EXPECT_TRUE(script.Steps().isEmpty());
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Cases, hostScriptErrors,
+    ::testing::Values(
+        CBadScript{"{\"steps\": [", "not valid JSON"},
+        CBadScript{"[]", "must be a JSON object"},
+        CBadScript{"{}", "\"steps\" must be an array"},
+        CBadScript{R"({"steps": [], "watchdog": 5})", "unknown script key \"watchdog\""},
+        CBadScript{R"({"steps": [], "watchdog_ms": 0})", "\"watchdog_ms\" must be an integer of 1 or more"},
+        CBadScript{R"({"steps": ["select"]})", "step 0: must be an object"},
+        CBadScript{R"({"steps": [{"ids": []}]})", "step 0: \"step\" must name the step"},
+        CBadScript{R"({"steps": [{"step": "clear_log"}, {"step": "selec", "ids": []}]})", "step 1: unknown step \"selec\""},
+        CBadScript{R"({"steps": [{"step": "select"}]})", "step 0: select: missing \"ids\""},
+        CBadScript{R"({"steps": [{"step": "select", "ids": "a"}]})", "step 0: select: \"ids\" must be an array of strings"},
+        CBadScript{R"({"steps": [{"step": "select", "ids": [], "id": "a"}]})", "step 0: select: unknown argument \"id\""},
+        CBadScript{R"({"steps": [{"step": "set_playing", "playing": 1}]})", "\"playing\" must be true or false"},
+        CBadScript{R"({"steps": [{"step": "set_current_avatar", "id": 3}]})", "\"id\" must be a string or null"},
+        CBadScript{R"({"steps": [{"step": "wait_processes", "count": -1}]})", "\"count\" must be an integer of 0 or more"},
+        CBadScript{R"({"steps": [{"step": "set_combo_index", "widget": "w", "index": 1.5}]})", "\"index\" must be an integer"},
+        CBadScript{R"({"steps": [{"step": "fail", "operation": "ExportGoz", "code": 1}]})",
+                   "fail: the host has no operation \"ExportGoz\""},
+        CBadScript{R"({"steps": [{"step": "fail", "operation": "ExportGoZ", "code": "-1"}]})", "\"code\" must be a 32-bit result code"},
+        CBadScript{R"({"steps": [{"step": "fail", "operation": "ExportGoZ", "code": "0x100000000"}]})", "\"code\" must be"},
+        CBadScript{R"({"steps": [{"step": "fail", "operation": "ExportGoZ", "code": 1, "nth": 0}]})", "\"nth\" must be an integer of 1 or more"},
+        CBadScript{R"({"steps": [{"step": "answer_messages"}]})", "answer_messages: give \"button\" or \"buttons\""},
+        CBadScript{R"({"steps": [{"step": "answer_messages", "buttons": [1, "2"]}]})", "\"buttons\" must be an array of integers"},
+        CBadScript{R"({"steps": [{"step": "table_combo_choose", "table": "t", "row": 0, "column": 1}]})", "missing \"text\""},
+        CBadScript{R"({"steps": [{"step": "click", "widget": "w", "only_if_clicked": true}]})", "\"only_if_clicked\" must be a string"}),
+    CaseName);
+
+TEST(hostScript, ReadsStepsWatchdogAndResultCodes)
+{
+    CScript script;
+    QString error;
+    ASSERT_EQ(QV::kOk, script.Parse(R"({"watchdog_ms": 1500, "comment": "x", "steps": [
+        {"step": "select", "ids": ["a"], "comment": "why"},
+        {"step": "fail", "operation": "ExportGoZ", "code": "0x80000005", "nth": 2},
+        {"step": "click", "widget": "qtGoZButton", "fallback": "qtCancelButton", "only_if_clicked": "x"}
+    ]})", error)) << error.toStdString();
+    EXPECT_EQ(1500, script.WatchdogMs());
+    ASSERT_EQ(3, script.Steps().size());
+    EXPECT_EQ(QStringLiteral("fail"), script.Steps().at(1).m_strName);
+    EXPECT_EQ(2, script.Steps().at(2).m_iIndex);
+
+    CScript defaults;
+    ASSERT_EQ(QV::kOk, defaults.Parse(R"({"steps": []})", error));
+    EXPECT_EQ(CScript::kDefaultWatchdogMs, defaults.WatchdogMs());
+
+    const struct
+    {
+        QJsonValue m_kValue;
+        bool m_bOk;
+        QV::Result m_iCode;
+    } codes[] = {
+        {QJsonValue(QStringLiteral("0x80000005")), true, QV::kOutOfMemory},
+        {QJsonValue(QStringLiteral("0X1")), true, 1},
+        {QJsonValue(-2147483648.0), true, QV::kFail},
+        {QJsonValue(2147483648.0), true, QV::kFail},
+        {QJsonValue(4294967296.0), false, 0},
+        {QJsonValue(1.5), false, 0},
+        {QJsonValue(QStringLiteral("12")), false, 0},
+        {QJsonValue(true), false, 0},
+    };
+    for (const auto& item : codes) {
+        QV::Result code = 0;
+        EXPECT_EQ(item.m_bOk, CScript::ReadCode(item.m_kValue, code));
+        if (item.m_bOk) {
+            EXPECT_EQ(item.m_iCode, code);
+        }
+    }
+}
+
+} // namespace

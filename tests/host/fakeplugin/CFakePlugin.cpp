@@ -1,0 +1,223 @@
+#include "CFakePlugin.h"
+
+#include "CEventSender.h"
+#include "CMiravaInterface.h"
+
+#include <QAction>
+#include <QCheckBox>
+#include <QComboBox>
+#include <QDialog>
+#include <QListView>
+#include <QMenu>
+#include <QProcess>
+#include <QPushButton>
+#include <QTableWidget>
+#include <QToolBar>
+#include <QVBoxLayout>
+
+namespace {
+
+QPushButton* AddButton(QDialog* dialog, QLayout* layout, const char* name)
+{
+    auto* button = new QPushButton(QString::fromLatin1(name), dialog);
+    button->setObjectName(QString::fromLatin1(name));
+    layout->addWidget(button);
+    return button;
+}
+
+} // namespace
+
+CFakePlugin::CFakePlugin() = default;
+
+CFakePlugin::~CFakePlugin()
+{
+    for (const QPointer<QMenu>& menu : m_kMenus) {
+        delete menu.data();
+    }
+    for (const QPointer<QToolBar>& toolBar : m_kToolBars) {
+        delete toolBar.data();
+    }
+}
+
+QV::Result CFakePlugin::Initialize(const QString& pluginFolder, const QString& secondPath, CMiravaInterface* host)
+{
+    if (host == nullptr) {
+        return QV::kInvalidArg;
+    }
+    m_pHost = host;
+    setProperty("pluginFolder", pluginFolder);
+    setProperty("secondPath", secondPath);
+    // Lets a test make Initialize fail through the host.
+    if (host->Query()->GetMainWindow() == nullptr) {
+        return QV::kFail;
+    }
+
+    auto* menu = new QMenu(QStringLiteral("Fake"));
+    menu->setObjectName(QStringLiteral("fakeMenu"));
+    auto* dialogAction = menu->addAction(QStringLiteral("Open dialog"));
+    dialogAction->setObjectName(QStringLiteral("fakeDialogAction"));
+    auto* startAction = menu->addAction(QStringLiteral("Start program"));
+    startAction->setObjectName(QStringLiteral("fakeStartAction"));
+    auto* disabledAction = menu->addAction(QStringLiteral("Never"));
+    disabledAction->setObjectName(QStringLiteral("fakeDisabledAction"));
+    disabledAction->setEnabled(false);
+    auto* subMenu = menu->addMenu(QStringLiteral("More"));
+    auto* nestedAction = subMenu->addAction(QStringLiteral("Nested"));
+    nestedAction->setObjectName(QStringLiteral("fakeNestedMenuAction"));
+    m_kMenus.Add(QPointer<QMenu>(menu));
+
+    auto* toolBar = new QToolBar(QStringLiteral("Fake tools"));
+    toolBar->setObjectName(QStringLiteral("fakeToolBar"));
+    auto* callAction = toolBar->addAction(QStringLiteral("Call host"));
+    callAction->setObjectName(QStringLiteral("fakeCallAction"));
+    m_kToolBars.Add(QPointer<QToolBar>(toolBar));
+
+    connect(dialogAction, &QAction::triggered, this, &CFakePlugin::OnDialog);
+    connect(callAction, &QAction::triggered, this, &CFakePlugin::OnCallHost);
+    connect(startAction, &QAction::triggered, this, &CFakePlugin::OnStartProgram);
+    CEventSender* sender = host->GetEventSender();
+    connect(sender, &CEventSender::ObjectSelectionChanged, this,
+            [this] { setProperty("selectionChanges", property("selectionChanges").toInt() + 1); });
+    // Context is the sender, as the real plug-in does it: this outlives the plug-in unless the host disconnects.
+    CFakePlugin* self = this;
+    connect(sender, &CEventSender::Played, sender, [self] { self->setProperty("played", self->property("played").toInt() + 1); });
+    host->Registry()->RegisterPluginValue(this, host->File()->GetPluginValue(this));
+    return QV::kOk;
+}
+
+QV::Result CFakePlugin::Finalize()
+{
+    return QV::kNothingDone;
+}
+
+QV::Result CFakePlugin::Activate()
+{
+    return QV::kNothingDone;
+}
+
+QV::Result CFakePlugin::Deactivate()
+{
+    return QV::kNothingDone;
+}
+
+QV::Result CFakePlugin::GetContextList(QList<QAction*>& actions)
+{
+    for (const QPointer<QAction>& action : m_kContextActions) {
+        actions.append(action.data());
+    }
+    return QV::kOk;
+}
+
+QV::Result CFakePlugin::GetMenusList(QList<QMenu*>& menus)
+{
+    for (const QPointer<QMenu>& menu : m_kMenus) {
+        menus.append(menu.data());
+    }
+    return QV::kOk;
+}
+
+QV::Result CFakePlugin::GetToolBarsList(QList<QToolBar*>& toolBars)
+{
+    for (const QPointer<QToolBar>& toolBar : m_kToolBars) {
+        toolBars.append(toolBar.data());
+    }
+    return QV::kOk;
+}
+
+bool CFakePlugin::IsValid(CMiravaInterface* host)
+{
+    return host != nullptr && host->Plugins()->IsPluginSupported();
+}
+
+quint32 CFakePlugin::GetCompatibleApps()
+{
+    return FAKE_PLUGIN_APPS;
+}
+
+void CFakePlugin::Record(const QString& tag, const QString& text, int id)
+{
+    QV::Result result = QV::kOk;
+    m_pHost->Ui()->RecordUsageStep(result, tag, text.toStdWString(), id);
+}
+
+void CFakePlugin::OnDialog()
+{
+    QDialog dialog(m_pHost->Query()->GetMainWindow());
+    dialog.setObjectName(QStringLiteral("FakeDialog"));
+    dialog.setWindowTitle(QStringLiteral("Fake dialog"));
+    auto* layout = new QVBoxLayout(&dialog);
+    auto* check = new QCheckBox(QStringLiteral("Check me"), &dialog);
+    check->setObjectName(QStringLiteral("fakeCheck"));
+    layout->addWidget(check);
+    auto* combo = new QComboBox(&dialog);
+    combo->setObjectName(QStringLiteral("fakeCombo"));
+    combo->addItems({QStringLiteral("Alpha"), QStringLiteral("Beta"), QStringLiteral("Gamma")});
+    qobject_cast<QListView*>(combo->view())->setRowHidden(1, true);
+    layout->addWidget(combo);
+    int activated = -1;
+    connect(combo, QOverload<int>::of(&QComboBox::activated), &dialog, [&activated](int index) { activated = index; });
+
+    auto* table = new QTableWidget(2, 2, &dialog);
+    table->setObjectName(QStringLiteral("fakeTable"));
+    table->setHorizontalHeaderLabels({QStringLiteral("Name"), QStringLiteral("Action")});
+    table->setItem(0, 0, new QTableWidgetItem(QStringLiteral("Row A")));
+    table->setItem(1, 0, new QTableWidgetItem(QStringLiteral("Row B")));
+    auto* rowCombo = new QComboBox();
+    rowCombo->addItems({QStringLiteral("Create"), QStringLiteral("Relink")});
+    table->setCellWidget(0, 1, rowCombo);
+    auto* fixedCombo = new QComboBox();
+    fixedCombo->addItem(QStringLiteral("Skip"));
+    fixedCombo->setEnabled(false);
+    table->setCellWidget(1, 1, fixedCombo);
+    layout->addWidget(table);
+
+    auto* hidden = new QCheckBox(QStringLiteral("Hidden"), &dialog);
+    hidden->setObjectName(QStringLiteral("fakeHiddenCheck"));
+    hidden->setVisible(false);
+    layout->addWidget(hidden);
+    connect(AddButton(&dialog, layout, "fakeOkButton"), &QPushButton::clicked, &dialog, &QDialog::accept);
+    connect(AddButton(&dialog, layout, "fakeCancelButton"), &QPushButton::clicked, &dialog, &QDialog::reject);
+    AddButton(&dialog, layout, "fakeDisabledButton")->setEnabled(false);
+    connect(AddButton(&dialog, layout, "fakeNestedButton"), &QPushButton::clicked, &dialog, [this, &dialog] {
+        QDialog nested(&dialog);
+        nested.setObjectName(QStringLiteral("FakeNestedDialog"));
+        auto* nestedLayout = new QVBoxLayout(&nested);
+        connect(AddButton(&nested, nestedLayout, "fakeNestedClose"), &QPushButton::clicked, &nested, &QDialog::accept);
+        Record(QStringLiteral("FakeNestedClosed"), QString(), nested.exec());
+    });
+
+    const int code = dialog.exec();
+    Record(QStringLiteral("FakeDialogClosed"),
+           QStringLiteral("check=%1;combo=%2;activated=%3;row0=%4")
+               .arg(check->isChecked() ? 1 : 0)
+               .arg(combo->currentIndex())
+               .arg(activated)
+               .arg(rowCombo->currentText()),
+           code);
+}
+
+void CFakePlugin::OnCallHost()
+{
+    QV::Result result = QV::kOk;
+    QV::CArrayList<QV::CHandle*> selection;
+    m_pHost->Query()->GetSelectedObjects(result, selection, 1);
+    int exported = 0;
+    for (QV::CHandle* handle : selection) {
+        QV::CArrayList<std::wstring> names;
+        m_pHost->File()->ExportGoZ(result, handle, L"C:/Users/Public/Pixologic/GoZProjects/Default/", 0, names, 0);
+        if (QV::Succeeded(result)) {
+            exported += names.GetCount();
+        }
+    }
+    const int answer = m_pHost->Ui()->ShowMessageBox(QStringLiteral("Fake: exported %1").arg(exported), QString(), this,
+                                                     kMessageWarning, kMessageButtonOk, kMessageButtonOk);
+    Record(QStringLiteral("FakeAnswer"), QString::number(answer), answer);
+}
+
+void CFakePlugin::OnStartProgram()
+{
+    // Relative, as the real plug-in's paths are: the host's current directory is the sandbox.
+    const bool started = QProcess::startDetached(QStringLiteral("C:/Users/Public/Pixologic/GoZBrush/GoZBrushFromApp.exe"),
+                                                 {QStringLiteral("--fake")});
+    Record(QStringLiteral("FakeStarted"), started ? QStringLiteral("yes") : QStringLiteral("no"), 0);
+}

@@ -1,0 +1,218 @@
+#include "CBridgeInstaller.h"
+
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QTemporaryDir>
+
+#include <gtest/gtest.h>
+
+#include <utime.h>
+
+using MV::CBridgeInstaller;
+using EStatus = MV::CBridgeInstaller::EStatus;
+
+namespace {
+
+QByteArray ReadAll(const QString& path)
+{
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("<missing>");
+}
+
+void Write(const QString& path, const QByteArray& bytes)
+{
+    QDir().mkpath(QFileInfo(path).absolutePath());
+    QFile file(path);
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly | QIODevice::Truncate)) << path.toStdString();
+    file.write(bytes);
+}
+
+void SetModified(const QString& path, const QDateTime& when)
+{
+    struct utimbuf times;
+    times.actime = static_cast<time_t>(when.toSecsSinceEpoch());
+    times.modtime = times.actime;
+    ASSERT_EQ(utime(QFile::encodeName(path).constData(), &times), 0);
+}
+
+// A Pixologic folder with ZBrush installed and a plug-in folder with a payload.
+class BridgeInstallerTest : public ::testing::Test
+{
+protected:
+    void SetUp() override
+    {
+        ASSERT_TRUE(m_kTemp.isValid());
+        m_strRoot = m_kTemp.path() + QStringLiteral("/Pixologic/");
+        m_strPlugin = m_kTemp.path() + QStringLiteral("/plugin/");
+        m_strTarget = m_strRoot + QStringLiteral("GoZApps/Figmora/");
+        Write(m_strRoot + QStringLiteral("GoZBrush/GoZBrushFromApp.exe"), "zbrush");
+        Write(Source("GoZBrushToFM.exe"), "launcher v2");
+        Write(Source("GoZ_Info.txt"), "GOZ_OBJECT_LIST = \"GoZ_ObjectList.txt\"\n");
+        Write(Source("GoZ_Config.txt"), "# comment\nPATH = \"old\"\nAPPLICATION = Figmora\n");
+    }
+
+    QString Source(const char* name) const { return m_strPlugin + QStringLiteral("Figmora/") + QLatin1String(name); }
+    QString Target(const char* name) const { return m_strTarget + QLatin1String(name); }
+    EStatus Install(const QString& cwd = QStringLiteral("C:/Apps/Host")) const
+    {
+        return CBridgeInstaller(m_strRoot, m_strPlugin).Install(cwd);
+    }
+
+    QTemporaryDir m_kTemp;
+    QString m_strRoot;
+    QString m_strPlugin;
+    QString m_strTarget;
+};
+
+TEST_F(BridgeInstallerTest, FreshInstallCopiesEveryFileAndPointsConfigAtTheCurrentDirectory)
+{
+    ASSERT_EQ(Install(), EStatus::Installed);
+    EXPECT_EQ(ReadAll(Target("GoZBrushToFM.exe")), "launcher v2");
+    EXPECT_EQ(ReadAll(Target("GoZ_Info.txt")), ReadAll(Source("GoZ_Info.txt")));
+    EXPECT_EQ(ReadAll(Target("GoZ_Config.txt")),
+              "# comment\nPATH = \"C:\\Apps\\Host\\Figmora.exe\"\nAPPLICATION = Figmora\n");
+    EXPECT_EQ(QDir(m_strTarget).entryList(QDir::Files).size(), 3);
+}
+
+TEST_F(BridgeInstallerTest, MissingZBrushChangesNothing)
+{
+    struct Case
+    {
+        const char* name;
+        bool removeRoot;
+    };
+    for (const Case& c : {Case{"no Pixologic folder", true}, Case{"no GoZBrushFromApp.exe", false}}) {
+        SCOPED_TRACE(c.name);
+        if (c.removeRoot) {
+            ASSERT_TRUE(QDir(m_strRoot).removeRecursively());
+        } else {
+            ASSERT_TRUE(QFile::remove(m_strRoot + QStringLiteral("GoZBrush/GoZBrushFromApp.exe")));
+        }
+        EXPECT_EQ(Install(), EStatus::ZBrushMissing);
+        EXPECT_FALSE(QFileInfo::exists(m_strTarget));
+        SetUp();
+    }
+}
+
+TEST_F(BridgeInstallerTest, CurrentInstallIsLeftAloneEvenWhenPayloadAndDirectoryChange)
+{
+    ASSERT_EQ(Install(), EStatus::Installed);
+    const QByteArray config = ReadAll(Target("GoZ_Config.txt"));
+    Write(Source("GoZBrushToFM.exe"), "launcher v3");
+    Write(Source("GoZ_Info.txt"), "changed");
+    ASSERT_EQ(Install(QStringLiteral("D:/Elsewhere")), EStatus::Installed);
+    EXPECT_EQ(ReadAll(Target("GoZBrushToFM.exe")), "launcher v2");
+    EXPECT_EQ(ReadAll(Target("GoZ_Info.txt")), "GOZ_OBJECT_LIST = \"GoZ_ObjectList.txt\"\n");
+    EXPECT_EQ(ReadAll(Target("GoZ_Config.txt")), config);
+}
+
+TEST_F(BridgeInstallerTest, LauncherOlderThanCutOffRefreshesEveryFile)
+{
+    ASSERT_EQ(Install(), EStatus::Installed);
+    Write(Target("GoZBrushToFM.exe"), "launcher v1");
+    SetModified(Target("GoZBrushToFM.exe"), QDateTime(QDate(2018, 8, 13), QTime(23, 59), Qt::LocalTime));
+    Write(Target("GoZ_Info.txt"), "user edit");
+    Write(Target("GoZ_Config.txt"), "PATH = \"stale\"\n");
+
+    ASSERT_EQ(Install(QStringLiteral("C:/New")), EStatus::Installed);
+    EXPECT_EQ(ReadAll(Target("GoZBrushToFM.exe")), "launcher v2");
+    EXPECT_EQ(ReadAll(Target("GoZ_Info.txt")), ReadAll(Source("GoZ_Info.txt")));
+    EXPECT_EQ(ReadAll(Target("GoZ_Config.txt")), "# comment\nPATH = \"C:\\New\\Figmora.exe\"\nAPPLICATION = Figmora\n");
+}
+
+TEST_F(BridgeInstallerTest, LauncherDatedOnTheCutOffIsCurrent)
+{
+    ASSERT_EQ(Install(), EStatus::Installed);
+    SetModified(Target("GoZBrushToFM.exe"), CBridgeInstaller::StaleCutOff());
+    Write(Target("GoZ_Info.txt"), "user edit");
+    ASSERT_EQ(Install(), EStatus::Installed);
+    EXPECT_EQ(ReadAll(Target("GoZ_Info.txt")), "user edit");
+}
+
+TEST_F(BridgeInstallerTest, MissingLauncherCopiesOnlyMissingFilesAndKeepsTheConfig)
+{
+    Write(Target("GoZ_Config.txt"), "PATH = \"mine\"\n");
+    Write(Target("GoZ_Info.txt"), "mine");
+    ASSERT_EQ(Install(), EStatus::Installed);
+    EXPECT_EQ(ReadAll(Target("GoZBrushToFM.exe")), "launcher v2");
+    EXPECT_EQ(ReadAll(Target("GoZ_Config.txt")), "PATH = \"mine\"\n");
+    EXPECT_EQ(ReadAll(Target("GoZ_Info.txt")), "mine");
+}
+
+TEST_F(BridgeInstallerTest, MissingPayloadFolderIsNotAnError)
+{
+    ASSERT_TRUE(QDir(m_strPlugin).removeRecursively());
+    EXPECT_EQ(Install(), EStatus::Installed);
+    EXPECT_TRUE(QFileInfo(m_strTarget).isDir());
+}
+
+TEST_F(BridgeInstallerTest, UncreatableApplicationFolderIsReported)
+{
+    Write(m_strRoot + QStringLiteral("GoZApps"), "a file where the folder should be");
+    EXPECT_EQ(Install(), EStatus::CannotCreateFolder);
+}
+
+TEST_F(BridgeInstallerTest, FailedCopyStopsTheInstall)
+{
+    struct Case
+    {
+        const char* blocked;
+    };
+    for (const Case& c : {Case{"GoZ_Info.txt"}, Case{"GoZ_Config.txt"}}) {
+        SCOPED_TRACE(c.blocked);
+        ASSERT_TRUE(QDir(m_strTarget).removeRecursively() || !QFileInfo::exists(m_strTarget));
+        Write(Target("GoZBrushToFM.exe"), "old launcher");
+        SetModified(Target("GoZBrushToFM.exe"), QDateTime(QDate(2017, 1, 1), QTime(0, 0), Qt::LocalTime));
+        // A folder in the way cannot be removed or overwritten.
+        ASSERT_TRUE(QDir().mkpath(Target(c.blocked) + QStringLiteral("/inner")));
+        EXPECT_EQ(Install(), EStatus::CopyFailed);
+        EXPECT_TRUE(QFileInfo(Target(c.blocked)).isDir());
+    }
+}
+
+TEST_F(BridgeInstallerTest, NonAsciiFoldersWork)
+{
+    m_strRoot = m_kTemp.path() + QStringLiteral("/Öffentlich ü/Pixologic/");
+    m_strTarget = m_strRoot + QStringLiteral("GoZApps/Figmora/");
+    Write(m_strRoot + QStringLiteral("GoZBrush/GoZBrushFromApp.exe"), "zbrush");
+    ASSERT_EQ(Install(QStringLiteral("C:/Programme/Zoë")), EStatus::Installed);
+    EXPECT_EQ(ReadAll(Target("GoZ_Config.txt")),
+              "# comment\nPATH = \"C:\\Programme\\Zo\xEB\\Figmora.exe\"\nAPPLICATION = Figmora\n");
+}
+
+TEST(BridgeConfigLines, OnlyAnExactPathKeyIsReplaced)
+{
+    struct Case
+    {
+        const char* line;
+        bool replaced;
+    };
+    const Case cases[] = {
+        {"PATH = old", true},   {"  PATH=old", true},      {"\tPATH\t= x", true}, {"PATH", true},
+        {"PATH = a = b", true}, {"Path = old", false},     {"XPATH = old", false}, {"PATHS = x", false},
+        {"", false},            {"= PATH", false},         {"# PATH = x", false},
+    };
+    for (const Case& c : cases) {
+        EXPECT_EQ(CBridgeInstaller::IsPathKeyLine(c.line), c.replaced) << c.line;
+    }
+}
+
+TEST(BridgeConfigLines, PathLineUsesBackslashesAndQuotes)
+{
+    struct Case
+    {
+        const char* cwd;
+        const char* line;
+    };
+    const Case cases[] = {
+        {"C:/Apps/Host", "PATH = \"C:\\Apps\\Host\\Figmora.exe\""},
+        {"C:/", "PATH = \"C:\\\\Figmora.exe\""},
+        {"/work/sandbox", "PATH = \"\\work\\sandbox\\Figmora.exe\""},
+    };
+    for (const Case& c : cases) {
+        EXPECT_EQ(CBridgeInstaller::PathLine(QString::fromUtf8(c.cwd)), QByteArray(c.line)) << c.cwd;
+    }
+}
+
+} // namespace
