@@ -27,22 +27,22 @@ enum class EArgType
     Code,
 };
 
-struct CArgSpec
+struct CArgRule
 {
     const char* m_szKey;
     EArgType m_eType;
     bool m_bRequired;
 };
 
-struct CStepSpec
+struct CStepRule
 {
     const char* m_szName;
-    QList<CArgSpec> m_kArgs;
+    QList<CArgRule> m_kArgs;
 };
 
-const QList<CStepSpec>& Specs()
+const QList<CStepRule>& Rules()
 {
-    static const QList<CStepSpec> specs = {
+    static const QList<CStepRule> rules = {
         {"select", {{"ids", EArgType::StringList, true}}},
         {"pick", {{"ids", EArgType::StringList, true}}},
         {"set_current_avatar", {{"id", EArgType::StringOrNull, true}}},
@@ -76,14 +76,14 @@ const QList<CStepSpec>& Specs()
         {"dump_dialog", {{"dialog", EArgType::String, false}}},
         {"close_dialog", {{"dialog", EArgType::String, false}, {"reject", EArgType::Bool, false}}},
     };
-    return specs;
+    return rules;
 }
 
-const CStepSpec* FindSpec(const QString& name)
+const CStepRule* FindRule(const QString& name)
 {
-    for (const CStepSpec& spec : Specs()) {
-        if (name == QLatin1String(spec.m_szName)) {
-            return &spec;
+    for (const CStepRule& rule : Rules()) {
+        if (name == QLatin1String(rule.m_szName)) {
+            return &rule;
         }
     }
     return nullptr;
@@ -99,9 +99,9 @@ bool IsInteger(const QJsonValue& value, qint64 minimum)
            number <= static_cast<double>(std::numeric_limits<int>::max());
 }
 
-QString CheckArg(const CArgSpec& spec, const QJsonValue& value)
+QString CheckArg(const CArgRule& rule, const QJsonValue& value)
 {
-    switch (spec.m_eType) {
+    switch (rule.m_eType) {
     case EArgType::String:
         return value.isString() ? QString() : QStringLiteral("must be a string");
     case EArgType::StringOrNull:
@@ -152,8 +152,8 @@ QString CheckStep(const QJsonObject& step, QString& name)
         return QStringLiteral("\"step\" must name the step");
     }
     name = nameValue.toString();
-    const CStepSpec* spec = FindSpec(name);
-    if (spec == nullptr) {
+    const CStepRule* rule = FindRule(name);
+    if (rule == nullptr) {
         return QStringLiteral("unknown step \"%1\"").arg(name);
     }
     for (auto it = step.constBegin(); it != step.constEnd(); ++it) {
@@ -167,8 +167,8 @@ QString CheckStep(const QJsonObject& step, QString& name)
             }
             continue;
         }
-        const CArgSpec* arg = nullptr;
-        for (const CArgSpec& candidate : spec->m_kArgs) {
+        const CArgRule* arg = nullptr;
+        for (const CArgRule& candidate : rule->m_kArgs) {
             if (key == QLatin1String(candidate.m_szKey)) {
                 arg = &candidate;
             }
@@ -181,7 +181,7 @@ QString CheckStep(const QJsonObject& step, QString& name)
             return QStringLiteral("%1: \"%2\" %3").arg(name, key, problem);
         }
     }
-    for (const CArgSpec& arg : spec->m_kArgs) {
+    for (const CArgRule& arg : rule->m_kArgs) {
         if (arg.m_bRequired && !step.contains(QLatin1String(arg.m_szKey))) {
             return QStringLiteral("%1: missing \"%2\"").arg(name, QLatin1String(arg.m_szKey));
         }
@@ -205,8 +205,8 @@ const QStringList& CScript::StepNames()
 {
     static const QStringList names = [] {
         QStringList all;
-        for (const CStepSpec& spec : Specs()) {
-            all << QLatin1String(spec.m_szName);
+        for (const CStepRule& rule : Rules()) {
+            all << QLatin1String(rule.m_szName);
         }
         return all;
     }();

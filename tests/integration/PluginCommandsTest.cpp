@@ -1,0 +1,271 @@
+#include "CPluginHost.h"
+#include "CReport.h"
+#include "CRunSession.h"
+
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QPluginLoader>
+
+#include <gtest/gtest.h>
+
+using namespace MV::Host;
+
+namespace {
+
+const QByteArray kScene = R"({
+  "objects": [
+    {"id": "hero", "name": "Hero", "kind": 1, "node_type": 4, "avatar_type": 4, "character_tag": "Standard"},
+    {"id": "hero_eyeocc", "name": "Hero_EyeOcclusion", "kind": 2, "node_type": 49, "parent": "hero"},
+    {"id": "hero_tear", "name": "Hero_Tearline", "kind": 2, "node_type": 50, "parent": "hero"},
+    {"id": "hero_hair", "name": "Hero_Hair", "kind": 2, "node_type": 35, "parent": "hero"},
+    {"id": "hero_teeth", "name": "Hero_Teeth", "kind": 2, "node_type": 36, "parent": "hero"},
+    {"id": "legacy", "name": "Legacy", "kind": 1, "node_type": 4, "avatar_type": 4, "character_tag": "Old"},
+    {"id": "k1", "kind": 1}, {"id": "k2", "kind": 2}, {"id": "k3", "kind": 3},
+    {"id": "k14", "kind": 14}, {"id": "k18", "kind": 18}, {"id": "k7", "kind": 7},
+    {"id": "k0", "kind": 0}, {"id": "k19", "kind": 19}, {"id": "kbig", "kind": 4294967295},
+    {"id": "typed2", "kind": 7, "node_type": 2, "avatar_type": 2},
+    {"id": "untyped2", "kind": 7, "avatar_type": 2, "has_node_type": false},
+    {"id": "typed9", "kind": 3, "node_type": 9, "avatar_type": 9}
+  ],
+  "supported_character_tags": ["Standard"],
+  "registry": {"SOFTWARE\\Quorvane\\Figmora\\4.0": {"Main Program": "C:\\Figmora\\Figmora.exe"}}
+})";
+
+QJsonObject RunSteps(const QByteArray& steps, bool installZBrush = true)
+{
+    CRunSession session;
+    QString error;
+    const QByteArray script = "{\"watchdog_ms\": 15000, \"steps\": " + steps + "}";
+    EXPECT_EQ(session.Prepare(kScene, script, error), QV::kOk) << error.toStdString();
+    CRunOptions options;
+    options.m_strPlugin = QStringLiteral(MVGOZ_PLUGIN_MODULE);
+    options.m_bInstallZBrush = installZBrush;
+    CReport report;
+    session.Execute(options, report);
+    return report.ToJson();
+}
+
+// "goz/expression" enabled state of the last snapshot.
+QString LastState(const QJsonObject& report)
+{
+    const QJsonArray snapshots = report.value(QStringLiteral("action_snapshots")).toArray();
+    if (snapshots.isEmpty()) {
+        return QStringLiteral("<no snapshot>");
+    }
+    bool goz = false;
+    bool expression = false;
+    for (const QJsonValue& action : snapshots.last().toObject().value(QStringLiteral("actions")).toArray()) {
+        const QJsonObject a = action.toObject();
+        if (a.value(QStringLiteral("name")).toString() == QLatin1String("qtGoZAction")) {
+            goz = a.value(QStringLiteral("enabled")).toBool();
+        }
+        if (a.value(QStringLiteral("name")).toString() == QLatin1String("qtExpressionGoZAction")) {
+            expression = a.value(QStringLiteral("enabled")).toBool();
+        }
+    }
+    return QStringLiteral("%1/%2").arg(goz ? "goz" : "-", expression ? "expr" : "-");
+}
+
+QStringList Messages(const QJsonObject& report)
+{
+    QStringList texts;
+    for (const QJsonValue& box : report.value(QStringLiteral("message_boxes")).toArray()) {
+        texts << box.toObject().value(QStringLiteral("text")).toString();
+    }
+    return texts;
+}
+
+QStringList Operations(const QJsonObject& report)
+{
+    QStringList operations;
+    for (const QJsonValue& call : report.value(QStringLiteral("call_log")).toArray()) {
+        operations << call.toObject().value(QStringLiteral("operation")).toString();
+    }
+    return operations;
+}
+
+bool HasFile(const QJsonObject& report, const QString& path)
+{
+    for (const QJsonValue& file : report.value(QStringLiteral("files")).toArray()) {
+        if (file.toObject().value(QStringLiteral("path")).toString() == path) {
+            return true;
+        }
+    }
+    return false;
+}
+
+TEST(PluginModule, MetadataNamesTheInterfaceAndClass)
+{
+    QPluginLoader loader(QStringLiteral(MVGOZ_PLUGIN_MODULE));
+    const QJsonObject meta = loader.metaData();
+    EXPECT_EQ(meta.value(QStringLiteral("IID")).toString(), QStringLiteral("Quorvane.Mirava.CPluginInterface/7.0"));
+    EXPECT_EQ(meta.value(QStringLiteral("className")).toString(), QStringLiteral("CGoZBrushPlugin"));
+}
+
+TEST(PluginModule, LoadsWithItsMenusToolBarAndRegistration)
+{
+    const QJsonObject report = RunSteps("[]");
+    const QJsonObject plugin = report.value(QStringLiteral("plugin")).toObject();
+    ASSERT_TRUE(plugin.value(QStringLiteral("loaded")).toBool()) << QJsonDocument(plugin).toJson().toStdString();
+    EXPECT_EQ(plugin.value(QStringLiteral("initialize_result")).toString(), QStringLiteral("0x00000000"));
+    EXPECT_EQ(plugin.value(QStringLiteral("finalize_result")).toString(), QStringLiteral("0x00000001"));
+    EXPECT_EQ(plugin.value(QStringLiteral("compatible_apps")).toString(), QStringLiteral("0x01800007"));
+    QStringList menus;
+    for (const QJsonValue& menu : plugin.value(QStringLiteral("menus")).toArray()) {
+        menus << menu.toObject().value(QStringLiteral("name")).toString();
+    }
+    EXPECT_EQ(menus, (QStringList{QStringLiteral("qtFileMenu"), QStringLiteral("menuGoZ")}));
+    ASSERT_EQ(plugin.value(QStringLiteral("tool_bars")).toArray().size(), 1);
+    EXPECT_EQ(plugin.value(QStringLiteral("tool_bars")).toArray()[0].toObject().value(QStringLiteral("name")),
+              QStringLiteral("qtPluginsToolBar"));
+    EXPECT_EQ(report.value(QStringLiteral("plugin_registrations")).toArray().size(), 1);
+    const QStringList ops = Operations(report);
+    EXPECT_LT(ops.indexOf(QStringLiteral("GetMainWindow")), ops.indexOf(QStringLiteral("GetPluginValue")));
+}
+
+struct AvailabilityCase
+{
+    const char* name;
+    const char* steps;
+    const char* state;
+};
+
+void PrintTo(const AvailabilityCase& c, std::ostream* out)
+{
+    *out << c.name;
+}
+
+class CommandAvailability : public ::testing::TestWithParam<AvailabilityCase>
+{
+};
+
+TEST_P(CommandAvailability, FollowsSelectionAndModes)
+{
+    const AvailabilityCase& c = GetParam();
+    const QJsonObject report = RunSteps(QByteArray("[") + c.steps + ", {\"step\": \"snapshot_actions\"}]");
+    EXPECT_EQ(LastState(report), QLatin1String(c.state));
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Commands, CommandAvailability,
+    ::testing::Values(
+        AvailabilityCase{"NothingSelected", R"({"step": "select", "ids": ["k1"]}, {"step": "select", "ids": []})", "-/-"},
+        AvailabilityCase{"Kind1", R"({"step": "select", "ids": ["k1"]})", "goz/-"},
+        AvailabilityCase{"Kinds2_3_14_18", R"({"step": "select", "ids": ["k2", "k3", "k14", "k18"]})", "goz/-"},
+        AvailabilityCase{"Kind7", R"({"step": "select", "ids": ["k7"]})", "-/-"},
+        AvailabilityCase{"Kind0", R"({"step": "select", "ids": ["k0"]})", "-/-"},
+        AvailabilityCase{"Kind19", R"({"step": "select", "ids": ["k19"]})", "-/-"},
+        AvailabilityCase{"HugeKind", R"({"step": "select", "ids": ["kbig"]})", "-/-"},
+        AvailabilityCase{"OneBadObjectDisablesAll", R"({"step": "select", "ids": ["k1", "k7", "k2"]})", "-/-"},
+        AvailabilityCase{"NodeTypeOverridesKind", R"({"step": "select", "ids": ["typed2"]})", "goz/-"},
+        AvailabilityCase{"NoNodeTypeKeepsKindTest", R"({"step": "select", "ids": ["untyped2"]})", "-/-"},
+        AvailabilityCase{"OtherNodeTypeKeepsKindTest", R"({"step": "select", "ids": ["typed9"]})", "goz/-"},
+        AvailabilityCase{"SupportedCharacter", R"({"step": "select", "ids": ["hero"]})", "goz/-"},
+        AvailabilityCase{"RefusedCharacterTag", R"({"step": "select", "ids": ["legacy"]})", "-/-"},
+        AvailabilityCase{"ExpressionEditing",
+                         R"({"step": "set_current_avatar", "id": "hero"},
+                            {"step": "set_expression_editing", "id": "hero", "editing": true},
+                            {"step": "select", "ids": ["k1"]})",
+                         "-/expr"},
+        AvailabilityCase{"ExpressionEditingNothingSelected",
+                         R"({"step": "set_current_avatar", "id": "hero"},
+                            {"step": "set_expression_editing", "id": "hero", "editing": true},
+                            {"step": "raise_data_changed", "edit_blend_shape": true})",
+                         "-/expr"},
+        AvailabilityCase{"OtherDataEventIgnored",
+                         R"({"step": "select", "ids": ["k1"]}, {"step": "set_current_avatar", "id": "hero"},
+                            {"step": "set_expression_editing", "id": "hero", "editing": true},
+                            {"step": "raise_data_changed", "edit_blend_shape": false})",
+                         "goz/-"},
+        AvailabilityCase{"PlaybackDisablesBoth",
+                         R"({"step": "select", "ids": ["hero"]}, {"step": "set_playing", "playing": true})", "-/-"},
+        AvailabilityCase{"StopReevaluates",
+                         R"({"step": "set_playing", "playing": true}, {"step": "select", "ids": ["hero"]},
+                            {"step": "set_playing", "playing": true}, {"step": "set_playing", "playing": false})",
+                         "goz/-"},
+        AvailabilityCase{"FailingQueryLeavesActions",
+                         R"({"step": "select", "ids": ["k1"]},
+                            {"step": "fail", "operation": "GetAvatarType", "code": "0x80000000"},
+                            {"step": "select", "ids": ["k7"]})",
+                         "goz/-"}),
+    [](const ::testing::TestParamInfo<AvailabilityCase>& info) { return std::string(info.param.name); });
+
+TEST(PluginCommands, RefusedCharacterShowsItsMessageAndSendsNothing)
+{
+    // The action is still enabled from the earlier selection when its update fails: the
+    // command itself must refuse the character.
+    const QJsonObject report = RunSteps(R"([{"step": "select", "ids": ["k1"]},
+                                       {"step": "fail", "operation": "GetAvatarType", "code": "0x80000000", "nth": 1},
+                                       {"step": "select", "ids": ["legacy"]},
+                                       {"step": "trigger", "action": "qtGoZAction"}])");
+    EXPECT_EQ(Messages(report), QStringList{QStringLiteral("[MVGoZBursh] Unsupport Avatar")});
+    EXPECT_TRUE(report.value(QStringLiteral("dialog_dumps")).toArray().isEmpty());
+    EXPECT_FALSE(HasFile(report, QStringLiteral("C:/Users/Public/Pixologic/GoZApps/Figmora/GoZ_Config.txt")));
+}
+
+TEST(PluginCommands, MissingZBrushStopsBeforeTheDialog)
+{
+    const QJsonObject report = RunSteps(R"([{"step": "select", "ids": ["k1"]},
+                                       {"step": "trigger", "action": "qtGoZAction"},
+                                       {"step": "dump_dialog"}])",
+                                   false);
+    EXPECT_EQ(Messages(report), QStringList{QStringLiteral("[MVGoZBursh] Please install ZBrush")});
+    EXPECT_FALSE(HasFile(report, QStringLiteral("C:/Users/Public/Pixologic/GoZApps/Figmora/GoZ_Config.txt")));
+    const QJsonArray steps = report.value(QStringLiteral("steps")).toArray();
+    EXPECT_EQ(steps.last().toObject().value(QStringLiteral("status")).toString(), QStringLiteral("failed"))
+        << "no dialog to dump";
+}
+
+TEST(PluginCommands, GoZInstallsTheBridgeAndOpensTheDialog)
+{
+    const QJsonObject report = RunSteps(R"([{"step": "select", "ids": ["k1"]},
+                                       {"step": "trigger", "action": "qtGoZAction"},
+                                       {"step": "dump_dialog"},
+                                       {"step": "click", "widget": "qtCancelButton"}])");
+    EXPECT_TRUE(Messages(report).isEmpty());
+    EXPECT_TRUE(HasFile(report, QStringLiteral("C:/Users/Public/Pixologic/GoZApps/Figmora/GoZBrushToFM.exe")));
+    EXPECT_TRUE(HasFile(report, QStringLiteral("C:/Users/Public/Pixologic/GoZApps/Figmora/GoZ_Config.txt")));
+    ASSERT_EQ(report.value(QStringLiteral("dialog_dumps")).toArray().size(), 1);
+    EXPECT_TRUE(report.value(QStringLiteral("ok")).toBool());
+}
+
+TEST(PluginCommands, ReadyForCommandRefusalIsSilent)
+{
+    const QJsonObject report = RunSteps(R"([{"step": "select", "ids": ["k1"]},
+                                       {"step": "fail", "operation": "ReadyForCommand", "code": "0x80000000"},
+                                       {"step": "trigger", "action": "qtGoZAction"}])");
+    EXPECT_TRUE(Messages(report).isEmpty());
+    EXPECT_FALSE(Operations(report).contains(QStringLiteral("GetSelectedObjects")) &&
+                 Operations(report).lastIndexOf(QStringLiteral("GetSelectedObjects")) >
+                     Operations(report).lastIndexOf(QStringLiteral("ReadyForCommand")));
+    EXPECT_TRUE(report.value(QStringLiteral("dialog_dumps")).toArray().isEmpty());
+}
+
+TEST(PluginCommands, ExpressionGoZReplacesTheSelectionWithFaceParts)
+{
+    const QJsonObject report = RunSteps(R"([{"step": "select", "ids": ["k1"]},
+                                       {"step": "set_current_avatar", "id": "hero"},
+                                       {"step": "raise_expression_goz"},
+                                       {"step": "dump_dialog"},
+                                       {"step": "click", "widget": "qtCancelButton"}])");
+    const QJsonObject state = report.value(QStringLiteral("final_state")).toObject();
+    QStringList selection;
+    for (const QJsonValue& id : state.value(QStringLiteral("selection")).toArray()) {
+        selection << id.toString();
+    }
+    EXPECT_EQ(selection, (QStringList{QStringLiteral("hero_eyeocc"), QStringLiteral("hero_tear"),
+                                      QStringLiteral("hero_hair"), QStringLiteral("hero_teeth")}));
+    EXPECT_EQ(report.value(QStringLiteral("dialog_dumps")).toArray().size(), 1);
+}
+
+TEST(PluginCommands, ExpressionGoZWithoutCharacterDoesNothing)
+{
+    const QJsonObject report = RunSteps(R"([{"step": "select", "ids": ["k1"]},
+                                       {"step": "clear_log"},
+                                       {"step": "raise_expression_goz"}])");
+    EXPECT_EQ(Operations(report), QStringList{QStringLiteral("GetCurrentAvatar")});
+    EXPECT_TRUE(Messages(report).isEmpty());
+}
+
+} // namespace

@@ -1,0 +1,197 @@
+#include "SendFixture.h"
+
+#include <QCheckBox>
+#include <QGroupBox>
+#include <QListView>
+#include <QPushButton>
+#include <QRadioButton>
+
+using namespace MV;
+using namespace MV::Test;
+
+namespace {
+
+const QByteArray kScene = R"({
+  "objects": [
+    {"id": "hero", "name": "Hero", "kind": 1, "node_type": 4, "avatar_type": 4, "character_tag": "Standard"},
+    {"id": "hero_teeth", "name": "Hero_Teeth", "kind": 2, "node_type": 36, "parent": "hero"},
+    {"id": "hero_brow", "name": "Hero_Brow", "kind": 2, "node_type": 49, "parent": "hero"},
+    {"id": "lamp", "name": "Desk Lamp", "kind": 3, "lod_meshes": ["Desk Lamp_LOD1"]},
+    {"id": "box1", "name": "Box", "kind": 3},
+    {"id": "box2", "name": "Box", "kind": 3},
+    {"id": "star", "name": "Star", "kind": 3, "polygon_supported": false},
+    {"id": "statue", "name": "Zoë Statue", "kind": 3},
+    {"id": "shelf", "name": "Shelf", "kind": 3, "node_type": 5},
+    {"id": "old", "name": "Old Hero", "kind": 1, "node_type": 1, "avatar_type": 1}
+  ],
+  "supported_character_tags": ["Standard"],
+  "split_mesh_names": [{"name": "Hero_Body"}, {"bit": 1, "name": "Hero_EyeWinker"}, {"bit": 64, "name": "Hero_SkinHead"}],
+  "extra_mesh_names": ["FM_Base_Upper_Teeth", "FM_Base_Lower_Teeth"],
+  "registry": {"SOFTWARE\\Quorvane\\Figmora\\4.0": {"Main Program": "C:\\Program Files\\Figmora\\Figmora.exe"}}
+})";
+
+class SendDialog : public SendFixture
+{
+protected:
+    void SetUp() override { Start(kScene); }
+
+    QCheckBox* Box(QCheckBox* CFMtoZBrushDlgUiComponent::*member) const { return m_pDialog->Ui().*member; }
+};
+
+TEST_F(SendDialog, StandardCharacterGivesOneFixedCreateRow)
+{
+    SetAvatar(QStringLiteral("hero"));
+    Pick({QStringLiteral("hero")});
+    Open();
+    ASSERT_EQ(m_pDialog->Records().size(), 1u);
+    const CFMToZBrushMeshInfo& record = m_pDialog->Records()[0];
+    EXPECT_EQ(record.m_eNodeType, CHARACTER_STANDARD_SERIES);
+    EXPECT_EQ(record.m_strObjectName, L"Hero");
+    EXPECT_EQ(record.m_kActionMap, (std::vector<CFMToZBrushMeshInfo::ActionPair>{{Create, NoInfo}}));
+    EXPECT_FALSE(record.m_bTeethMesh);
+    ASSERT_EQ(Table()->rowCount(), 1);
+    EXPECT_EQ(Cell(0, 0), QStringLiteral("Hero"));
+    EXPECT_EQ(Cell(0, 1), QStringLiteral("[MVGoZBursh] Create"));
+    EXPECT_FALSE(RowCombo(0)->isEnabled());
+    EXPECT_EQ(RowCombo(0)->count(), 1);
+    EXPECT_EQ(Cell(0, 2), QString());
+    EXPECT_TRUE(m_pDialog->Ui().qtGoZButton->isEnabled());
+    EXPECT_TRUE(m_pDialog->Ui().qtSplitBodyPartGroupBox->isEnabled());
+    EXPECT_TRUE(m_pDialog->Ui().qtSplitBodyPartGroupBox->isVisibleTo(m_pDialog.get()));
+    EXPECT_TRUE(m_pDialog->Ui().qtPoseGroupBox->isVisibleTo(m_pDialog.get()));
+}
+
+TEST_F(SendDialog, RowsShowRulesOfTheirRecords)
+{
+    Pick({QStringLiteral("box1"), QStringLiteral("box2"), QStringLiteral("star"), QStringLiteral("lamp")});
+    Open();
+    ASSERT_EQ(Table()->rowCount(), 4);
+    const QString sameName = QStringLiteral("[MVGoZBursh] This content has some name mesh. It will auto rename.");
+    EXPECT_EQ(Cell(0, 2), sameName);
+    EXPECT_EQ(Cell(1, 2), sameName);
+    EXPECT_FALSE(RowCombo(0)->isEnabled()) << "equal names offer no choice";
+    EXPECT_EQ(Cell(2, 1), QStringLiteral("[MVGoZBursh] Skip"));
+    EXPECT_EQ(Cell(2, 2), QStringLiteral("[MVGoZBursh] Mesh contain polygon that side of numbers more than 4, goz "
+                                         "does not support."));
+    EXPECT_FALSE(RowCombo(2)->isEnabled());
+    EXPECT_EQ(Cell(3, 1), QStringLiteral("[MVGoZBursh] Create"));
+    // No current character: no pose, and the split group is off.
+    EXPECT_FALSE(m_pDialog->Ui().qtPoseGroupBox->isVisibleTo(m_pDialog.get()));
+    EXPECT_FALSE(m_pDialog->Ui().qtSplitBodyPartGroupBox->isVisibleTo(m_pDialog.get()));
+    EXPECT_FALSE(m_pDialog->Ui().qtSplitBodyPartGroupBox->isEnabled());
+    auto* view = qobject_cast<QListView*>(m_pDialog->Ui().qtTemplateComboBox->view());
+    EXPECT_TRUE(view->isRowHidden(1)) << "Relink can't apply to every row";
+}
+
+TEST_F(SendDialog, PropCollectionsAloneShowTheDisabledSplitGroup)
+{
+    Pick({QStringLiteral("shelf")});
+    Open();
+    EXPECT_TRUE(m_pDialog->Ui().qtSplitBodyPartGroupBox->isVisibleTo(m_pDialog.get()));
+    EXPECT_FALSE(m_pDialog->Ui().qtSplitBodyPartGroupBox->isEnabled());
+}
+
+TEST_F(SendDialog, EmptyPickShowsRelinkAndDisablesGoZ)
+{
+    Pick({});
+    Open();
+    EXPECT_EQ(Table()->rowCount(), 0);
+    EXPECT_FALSE(m_pDialog->Ui().qtGoZButton->isEnabled());
+    auto* view = qobject_cast<QListView*>(m_pDialog->Ui().qtTemplateComboBox->view());
+    EXPECT_FALSE(view->isRowHidden(1));
+}
+
+TEST_F(SendDialog, SplitStateFollowsTheBoxes)
+{
+    using Ui = CFMtoZBrushDlgUiComponent;
+    struct Case
+    {
+        const char* name;
+        std::vector<QCheckBox* Ui::*> checked;
+        bool skinEnabled;
+        unsigned int state;
+    };
+    const std::vector<Case> cases = {
+        {"eyes and tear ducts", {&Ui::qtEyewinkerCheckBox, &Ui::qtEyeSockerCheckBox, &Ui::qtTearDuctsCheckBox}, true,
+         1 | 2 | 4 | 1024},
+        {"all skin", {&Ui::qtSkinHeadCheckBox, &Ui::qtSkinBodyCheckBox, &Ui::qtSkinArmCheckBox, &Ui::qtSkinLegCheckBox},
+         true, 64 | 128 | 256 | 512},
+        {"all skin but disabled", {&Ui::qtSkinHeadCheckBox, &Ui::qtSkinBodyCheckBox, &Ui::qtSkinArmCheckBox,
+                                   &Ui::qtSkinLegCheckBox}, false, 1024},
+        {"nothing", {}, true, 1024},
+        {"mouth, nails", {&Ui::qtMouthCheckBox, &Ui::qtFingerNailsCheckBox, &Ui::qtToeNailsCheckBox}, true,
+         8 | 16 | 32 | 1024},
+    };
+    const std::vector<QCheckBox* Ui::*> all = {&Ui::qtEyewinkerCheckBox, &Ui::qtEyeSockerCheckBox,
+                                               &Ui::qtTearDuctsCheckBox, &Ui::qtMouthCheckBox,
+                                               &Ui::qtFingerNailsCheckBox, &Ui::qtToeNailsCheckBox,
+                                               &Ui::qtSkinHeadCheckBox, &Ui::qtSkinBodyCheckBox,
+                                               &Ui::qtSkinArmCheckBox, &Ui::qtSkinLegCheckBox};
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.name);
+        for (auto member : all) {
+            Box(member)->setChecked(false);
+            Box(member)->setEnabled(true);
+        }
+        for (auto member : c.checked) {
+            Box(member)->setChecked(true);
+        }
+        for (auto member : {&Ui::qtSkinHeadCheckBox, &Ui::qtSkinBodyCheckBox, &Ui::qtSkinArmCheckBox,
+                            &Ui::qtSkinLegCheckBox}) {
+            Box(member)->setEnabled(c.skinEnabled);
+        }
+        EXPECT_EQ(m_pDialog->GetGozSplitState(), c.state);
+    }
+}
+
+TEST_F(SendDialog, PoseOptionsFollowTheCharacterType)
+{
+    struct Case
+    {
+        const char* avatar;
+        bool expression;
+        bool bindVisible;
+        const char* checked;
+    };
+    const Case cases[] = {
+        {"old", false, false, "qtTPoseRadioButton"},
+        {"hero", false, true, "qtBindPoseRadioButton"},
+        {"old", true, true, "qtBindPoseRadioButton"},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.avatar);
+        m_pDialog->Ui().qtBindPoseRadioButton->setChecked(true);
+        SetAvatar(QLatin1String(c.avatar));
+        Pick({QLatin1String(c.avatar)});
+        m_pDialog->SetExpressionGoZ(c.expression);
+        Open();
+        EXPECT_EQ(m_pDialog->Ui().qtBindPoseRadioButton->isVisibleTo(m_pDialog.get()), c.bindVisible);
+        auto* radio = m_pDialog->findChild<QRadioButton*>(QLatin1String(c.checked));
+        ASSERT_NE(radio, nullptr);
+        EXPECT_TRUE(radio->isChecked());
+    }
+}
+
+TEST_F(SendDialog, AllRowsComboSetsEveryRowButSkip)
+{
+    WriteFile(Project() + QStringLiteral("Desk Lamp.goz"), "earlier");
+    WriteFile(Project() + QStringLiteral("Zoë Statue.goz"), "earlier");
+    Pick({QStringLiteral("lamp"), QStringLiteral("statue"), QStringLiteral("star")});
+    Open();
+    EXPECT_EQ(m_pDialog->Ui().qtTemplateComboBox->currentIndex(), 2) << "Create, Create, Skip is mixed";
+    EXPECT_EQ(Cell(0, 2), QStringLiteral("[MVGoZBursh] It will auto rename."));
+    ASSERT_EQ(RowCombo(0)->count(), 2);
+    EXPECT_TRUE(RowCombo(0)->isEnabled());
+
+    m_pDialog->Ui().qtTemplateComboBox->setCurrentIndex(1);
+    EXPECT_EQ(m_pDialog->Records()[0].ActiveAction(), std::size_t(Relink));
+    EXPECT_EQ(m_pDialog->Records()[1].ActiveAction(), std::size_t(Relink));
+    EXPECT_EQ(m_pDialog->Records()[2].ActiveAction(), std::size_t(Skip));
+    EXPECT_EQ(Cell(0, 1), QStringLiteral("[MVGoZBursh] Relink"));
+
+    RowCombo(1)->setCurrentIndex(0);
+    EXPECT_EQ(m_pDialog->Records()[1].ActiveAction(), std::size_t(Create));
+    EXPECT_EQ(m_pDialog->Ui().qtTemplateComboBox->currentIndex(), 2);
+}
+
+} // namespace

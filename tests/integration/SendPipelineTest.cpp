@@ -1,0 +1,311 @@
+#include "SendFixture.h"
+
+#include <QCheckBox>
+#include <QGroupBox>
+#include <QPushButton>
+#include <QRadioButton>
+
+#include <functional>
+
+using namespace MV;
+using namespace MV::Test;
+
+namespace {
+
+const QByteArray kScene = R"({
+  "objects": [
+    {"id": "hero", "name": "Hero", "kind": 1, "node_type": 4, "avatar_type": 4, "character_tag": "Standard"},
+    {"id": "hero_teeth", "name": "Hero_Teeth", "kind": 2, "node_type": 36, "parent": "hero"},
+    {"id": "lamp", "name": "Desk Lamp", "kind": 3, "lod_meshes": ["Desk Lamp_LOD1"]},
+    {"id": "crate", "name": "Crate", "kind": 3},
+    {"id": "box1", "name": "Box", "kind": 3},
+    {"id": "box2", "name": "Box", "kind": 3},
+    {"id": "star", "name": "Star", "kind": 3, "polygon_supported": false},
+    {"id": "statue", "name": "Zoë Statue", "kind": 3},
+    {"id": "long", "name": "A_very_long_mesh_name_that_goes_on_and_on_past_ninety_five_bytes_of_text_for_the_object_list_x", "kind": 3}
+  ],
+  "supported_character_tags": ["Standard"],
+  "split_mesh_names": [{"name": "Hero_Body"}, {"bit": 1, "name": "Hero_EyeWinker"}, {"bit": 1024, "name": "Hero_SkinRest"}],
+  "extra_mesh_names": ["FM_Base_Upper_Teeth", "FM_Base_Lower_Teeth"],
+  "registry": {"SOFTWARE\\Quorvane\\Figmora\\4.0": {"Main Program": "C:\\Program Files\\Figmora\\Figmora.exe"}}
+})";
+
+const QByteArray kProjectPrefix = "C:/Users/Public/Pixologic/GoZProjects/Default/";
+
+class SendPipeline : public SendFixture
+{
+public:
+    void SetUp() override { Start(kScene); }
+
+    QByteArray ObjectList() const { return ReadFile(App() + QStringLiteral("GoZ_ObjectList.txt")); }
+    QStringList ExportSplits() const
+    {
+        QStringList splits;
+        for (const Host::CCallRecord& call : Calls("ExportGoZ")) {
+            splits << call.m_kArgs.value(0) + QLatin1Char(':') + call.m_kArgs.value(2);
+        }
+        return splits;
+    }
+};
+
+TEST_F(SendPipeline, CharacterSendWritesExchangeFilesByteForByte)
+{
+    SetAvatar(QStringLiteral("hero"));
+    Pick({QStringLiteral("hero")});
+    Open();
+    ASSERT_EQ(m_pDialog->OnGoZ(), QV::kOk);
+    EXPECT_FALSE(m_pDialog->isVisible()) << "a successful send closes the dialog";
+    EXPECT_EQ(ReadFile(Root() + QStringLiteral("GoZBrush/GoZ_Application.txt")), "Figmora");
+    EXPECT_EQ(ObjectList(), kProjectPrefix + "Hero\n");
+    EXPECT_TRUE(ReadFile(App() + QStringLiteral("GoZ_Config.txt"))
+                    .endsWith("\nPATH = \"C:\\Program Files\\Figmora\\Figmora.exe\"\n"));
+    EXPECT_TRUE(QFileInfo::exists(Project() + QStringLiteral("Hero.goz")));
+    EXPECT_EQ(ExportSplits(), QStringList{QStringLiteral("hero:0")});
+    EXPECT_EQ(Calls("RecordUsageStep").size(), 1);
+    EXPECT_EQ(Calls("RecordUsageStep").value(0).m_kArgs.value(0), QStringLiteral("AP-Step41"));
+
+    const QJsonArray runs = WaitForProcesses(2);
+    ASSERT_EQ(runs.size(), 2);
+    QStringList programs;
+    for (const QJsonValue& run : runs) {
+        programs << run.toObject().value(QStringLiteral("program")).toString();
+        EXPECT_TRUE(run.toObject().value(QStringLiteral("args")).toArray().isEmpty());
+    }
+    programs.sort();
+    EXPECT_EQ(programs, (QStringList{QStringLiteral("GoZBrushFromApp.exe"), QStringLiteral("GoZMakeObjectPath.exe")}));
+    // The bind pose went to the receive side too.
+    EXPECT_TRUE(m_pReceive->Ui().qtBindPoseRadioButton->isChecked());
+}
+
+TEST_F(SendPipeline, SecondSendOffersRelinkAndDeletesTheOldFilesFirst)
+{
+    Pick({QStringLiteral("crate")});
+    Open();
+    ASSERT_EQ(m_pDialog->OnGoZ(), QV::kOk);
+    WriteFile(Project() + QStringLiteral("Crate.mvMotionPlus"), "old pose");
+    WriteFile(Project() + QStringLiteral("Crate.goz"), "old mesh");
+
+    Open();
+    ASSERT_EQ(m_pDialog->Records().size(), 1u);
+    EXPECT_EQ(m_pDialog->Records()[0].m_kActionMap,
+              (std::vector<CFMToZBrushMeshInfo::ActionPair>{{Create, AutoRename}, {Relink, NoInfo}}));
+    m_pDialog->Ui().qtTemplateComboBox->setCurrentIndex(1);
+    ASSERT_EQ(m_pDialog->OnGoZ(), QV::kOk);
+    EXPECT_FALSE(QFileInfo::exists(Project() + QStringLiteral("Crate.mvMotionPlus")));
+    EXPECT_TRUE(ReadFile(Project() + QStringLiteral("Crate.goz")).startsWith("GOZ-STANDIN"));
+    EXPECT_EQ(ObjectList(), kProjectPrefix + "Crate\n");
+}
+
+TEST_F(SendPipeline, RelinkKeepsNamesWithSpaces)
+{
+    Pick({QStringLiteral("lamp")});
+    Open();
+    ASSERT_EQ(m_pDialog->OnGoZ(), QV::kOk);
+    WriteFile(Project() + QStringLiteral("Desk Lamp.goz"), "old mesh");
+    Open();
+    m_pDialog->Ui().qtTemplateComboBox->setCurrentIndex(1);
+    ASSERT_EQ(m_pDialog->OnGoZ(), QV::kOk);
+    EXPECT_EQ(ObjectList(), kProjectPrefix + "Desk Lamp\n");
+    EXPECT_TRUE(ReadFile(Project() + QStringLiteral("Desk Lamp.goz")).startsWith("GOZ-STANDIN"));
+}
+
+TEST_F(SendPipeline, CreateGivesNewNamesWithoutSpaces)
+{
+    Pick({QStringLiteral("lamp")});
+    Open();
+    ASSERT_EQ(m_pDialog->OnGoZ(), QV::kOk);
+    Open();
+    ASSERT_EQ(m_pDialog->OnGoZ(), QV::kOk) << "Create is the default action";
+    EXPECT_EQ(ObjectList(), kProjectPrefix + "Desk_Lamp_1\n");
+    EXPECT_EQ(m_pDialog->RenamedMeshes(), std::vector<std::wstring>{L"Desk_Lamp_1"});
+    EXPECT_EQ(Calls("ShowMessageBox").size(), 1) << "the LOD message comes once: the LODs are gone after";
+}
+
+TEST_F(SendPipeline, SkippedDuplicateTeethAndNonAsciiMeshes)
+{
+    SetAvatar(QStringLiteral("hero"));
+    Pick({QStringLiteral("star"), QStringLiteral("box1"), QStringLiteral("box2"), QStringLiteral("hero_teeth"),
+          QStringLiteral("statue"), QStringLiteral("long")});
+    Open();
+    ASSERT_EQ(m_pDialog->OnGoZ(), QV::kOk);
+    EXPECT_EQ(ExportSplits(), (QStringList{QStringLiteral("box1:0"), QStringLiteral("box2:0"),
+                                           QStringLiteral("hero_teeth:16777216"), QStringLiteral("statue:0"),
+                                           QStringLiteral("long:0")}));
+    const QByteArray longName =
+        "A_very_long_mesh_name_that_goes_on_and_on_past_ninety_five_bytes_of_text_for_the_object_list_x";
+    EXPECT_EQ(ObjectList(), kProjectPrefix + "Box_1\n" + kProjectPrefix + "Box_2\n" + kProjectPrefix +
+                                "FM_Base_Upper_Teeth\n" + kProjectPrefix + "FM_Base_Lower_Teeth\n" + kProjectPrefix +
+                                "Zo\xEB_Statue\n" + kProjectPrefix + longName + "\n");
+    EXPECT_FALSE(QFileInfo::exists(Project() + QStringLiteral("Star.goz")));
+    EXPECT_EQ(m_pDialog->Records().size(), 6u) << "the table keeps its rows; only the send drops Skip";
+}
+
+TEST_F(SendPipeline, SplitBitsReachTheExportOnlyForTheCharacter)
+{
+    struct Case
+    {
+        const char* name;
+        QStringList picks;
+        std::vector<QCheckBox* CFMtoZBrushDlgUiComponent::*> checked;
+        QString split;
+        QByteArray list;
+    };
+    using Ui = CFMtoZBrushDlgUiComponent;
+    const std::vector<Case> cases = {
+        {"winker", {QStringLiteral("hero")}, {&Ui::qtEyewinkerCheckBox}, QStringLiteral("hero:1025"),
+         kProjectPrefix + "Hero_Body\n" + kProjectPrefix + "Hero_EyeWinker\n" + kProjectPrefix + "Hero_SkinRest\n"},
+        {"nothing checked", {QStringLiteral("hero")}, {}, QStringLiteral("hero:0"), kProjectPrefix + "Hero\n"},
+        {"group disabled", {QStringLiteral("lamp")}, {&Ui::qtEyewinkerCheckBox}, QStringLiteral("lamp:0"),
+         kProjectPrefix + "Desk_Lamp\n"},
+    };
+    SetAvatar(QStringLiteral("hero"));
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.name);
+        QDir(Project()).removeRecursively();
+        m_pHost->CallLog().Clear();
+        Pick(c.picks);
+        Open();
+        for (QCheckBox* box : m_pDialog->findChildren<QCheckBox*>()) {
+            box->setChecked(false);
+        }
+        for (auto member : c.checked) {
+            (m_pDialog->Ui().*member)->setChecked(true);
+        }
+        ASSERT_EQ(m_pDialog->OnGoZ(), QV::kOk);
+        EXPECT_EQ(ExportSplits(), QStringList{c.split});
+        EXPECT_EQ(ObjectList(), c.list);
+    }
+}
+
+TEST_F(SendPipeline, EverySkippedStillWritesExchangeFilesAndStartsBothPrograms)
+{
+    Pick({QStringLiteral("star")});
+    Open();
+    EXPECT_FALSE(m_pDialog->Ui().qtGoZButton->isEnabled());
+    ASSERT_EQ(m_pDialog->OnGoZ(), QV::kOk);
+    EXPECT_TRUE(Calls("ExportGoZ").isEmpty());
+    EXPECT_EQ(ObjectList(), QByteArray());
+    EXPECT_EQ(ReadFile(Root() + QStringLiteral("GoZBrush/GoZ_Application.txt")), "Figmora");
+    EXPECT_EQ(WaitForProcesses(2).size(), 2);
+}
+
+TEST_F(SendPipeline, ExpressionSendSavesThePoseBesideTheMeshes)
+{
+    SetAvatar(QStringLiteral("hero"));
+    Pick({QStringLiteral("hero")});
+    m_pDialog->SetExpressionGoZ(true);
+    Open();
+    ASSERT_EQ(m_pDialog->OnGoZ(), QV::kOk);
+    const QList<Host::CCallRecord> saves = Calls("SaveMotionFile");
+    ASSERT_EQ(saves.size(), 1);
+    EXPECT_EQ(saves[0].m_kArgs.value(0), QStringLiteral("hero"));
+    EXPECT_EQ(saves[0].m_kArgs.value(1), Project() + QStringLiteral("Hero.mvMotionPlus"));
+    EXPECT_TRUE(QFileInfo::exists(Project() + QStringLiteral("Hero.mvMotionPlus")));
+    EXPECT_TRUE(m_pDialog->PoseFilePath().isEmpty()) << "cleared after a successful send";
+}
+
+// Failures stop at their step: the dialog stays open with its rows, and later files are not written.
+struct FailureCase
+{
+    const char* name;
+    std::function<void(SendPipeline&)> arrange;
+    QV::Result result;
+    bool exported;
+    bool listWritten;
+    int programs;
+};
+
+void PrintTo(const FailureCase& c, std::ostream* out)
+{
+    *out << c.name;
+}
+
+class SendFailure : public SendPipeline, public ::testing::WithParamInterface<FailureCase>
+{
+};
+
+TEST_P(SendFailure, StopsAtItsStep)
+{
+    const FailureCase& c = GetParam();
+    SetAvatar(QStringLiteral("hero"));
+    Pick({QStringLiteral("lamp"), QStringLiteral("star")});
+    Open();
+    c.arrange(*this);
+    EXPECT_EQ(m_pDialog->OnGoZ(), c.result);
+    EXPECT_TRUE(m_pDialog->isVisible());
+    EXPECT_EQ(m_pDialog->Records().size(), 2u);
+    EXPECT_EQ(QFileInfo::exists(Project() + QStringLiteral("Desk_Lamp.goz")), c.exported);
+    EXPECT_EQ(QFileInfo(App() + QStringLiteral("GoZ_ObjectList.txt")).isFile(), c.listWritten);
+    const QJsonArray runs = WaitForProcesses(c.programs);
+    ASSERT_EQ(runs.size(), c.programs);
+    if (c.programs > 0) {
+        EXPECT_EQ(runs[0].toObject().value(QStringLiteral("program")).toString(),
+                  QStringLiteral("GoZMakeObjectPath.exe"));
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Send, SendFailure,
+    ::testing::Values(
+        FailureCase{"ExportFails",
+                    [](SendPipeline& t) { t.m_pHost->SetFailure(QStringLiteral("ExportGoZ"), QV::kOutOfMemory); },
+                    QV::kOutOfMemory, false, false, 0},
+        FailureCase{"PoseSaveFails",
+                    [](SendPipeline& t) {
+                        t.m_pDialog->SetExpressionGoZ(true);
+                        t.m_pHost->SetFailure(QStringLiteral("SaveMotionFile"), QV::kFail);
+                    },
+                    QV::kFail, true, false, 0},
+        FailureCase{"LodRemovalFails",
+                    [](SendPipeline& t) { t.m_pHost->SetFailure(QStringLiteral("RemoveLods"), QV::kFail); }, QV::kFail,
+                    false, false, 0},
+        FailureCase{"InfoFileMissing",
+                    [](SendPipeline& t) { QFile::remove(t.App() + QStringLiteral("GoZ_Info.txt")); }, QV::kFail,
+                    true, false, 0},
+        FailureCase{"InfoFileEmpty",
+                    [](SendPipeline& t) { WriteFile(t.App() + QStringLiteral("GoZ_Info.txt"), ""); }, QV::kFail,
+                    true, false, 0},
+        FailureCase{"RegistryValueMissing",
+                    [](SendPipeline& t) { WriteFile(t.m_kSandbox.RegistryFilePath(), ""); },
+                    static_cast<QV::Result>(0x80070002u), true, false, 0},
+        FailureCase{"ObjectListUnwritable",
+                    [](SendPipeline& t) { QDir().mkpath(t.App() + QStringLiteral("GoZ_ObjectList.txt/x")); },
+                    QV::kFail, true, false, 0},
+        FailureCase{"GoZBrushCommandMissing",
+                    [](SendPipeline& t) {
+                        WriteFile(t.App() + QStringLiteral("GoZ_Info.txt"),
+                                  "GOZ_OBJECT_LIST = \"GoZ_ObjectList.txt\"\n"
+                                  "MAKEOBJECTPATH_COMMAND = \"../../GoZBrush/GoZMakeObjectPath.exe\"\n");
+                    },
+                    QV::kFail, true, true, 1}),
+    [](const ::testing::TestParamInfo<FailureCase>& info) { return std::string(info.param.name); });
+
+TEST_F(SendPipeline, LodMeshesAreRemovedAfterTheMessage)
+{
+    Pick({QStringLiteral("lamp")});
+    Open();
+    ASSERT_EQ(m_pDialog->OnGoZ(), QV::kOk);
+    ASSERT_EQ(m_pHost->MessageBoxes().size(), 1);
+    EXPECT_EQ(m_pHost->MessageBoxes()[0].m_strText, QStringLiteral("[MVGoZBursh] Lod mesh will remove."));
+    EXPECT_EQ(m_pHost->MessageBoxes()[0].m_iButtons, 0x400);
+    ASSERT_EQ(Calls("RemoveLods").size(), 1);
+    EXPECT_EQ(Calls("RemoveLods")[0].m_kArgs.value(0), QStringLiteral("[lamp]"));
+}
+
+TEST_F(SendPipeline, PreviousObjectListIsReadWordByWord)
+{
+    WriteFile(QStringLiteral("C:/Users/Public/Pixologic/GoZApps/Figmora/GoZ_ObjectList.txt"),
+              "C:/x/Body\n  C:/x/My Mesh\tC:/y/Eye.part\n");
+    CGoZSendPipeline pipeline(m_pHost.get(), Root());
+    QV::Result result = QV::kOk;
+    QStringList files;
+    pipeline.ReadPreviousObjectList(result, files);
+    ASSERT_EQ(result, QV::kOk);
+    EXPECT_EQ(files, (QStringList{QStringLiteral("C:/x/Body.GoZ"), QStringLiteral("C:/x/My.GoZ"),
+                                  QStringLiteral("Mesh.GoZ"), QStringLiteral("C:/y/Eye.part.GoZ")}));
+    std::vector<std::wstring> names = {L"Body", L"body", L"Mesh", L"Eye", L"Eye.part"};
+    pipeline.FindPreviouslySentNames(result, names);
+    EXPECT_EQ(names, (std::vector<std::wstring>{L"Body", L"Mesh", L"Eye.part"}));
+}
+
+} // namespace
