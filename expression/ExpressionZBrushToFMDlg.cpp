@@ -1,5 +1,7 @@
 #include "ExpressionZBrushToFMDlg.h"
 
+#include "DialogForm.h"
+
 #include <QPushButton>
 
 namespace MV {
@@ -16,10 +18,7 @@ QV::Result ExpressionZBrushToFMDlg::Initialize(const QString& pluginFolder, cons
     }
     m_pHost = host;
     m_strPluginFolder = pluginFolder;
-    m_kWidgetBuilder.SetFormPath(QStringLiteral(":/plugin/MVGoZBrush/ExpressionZBrushToFMDlg.ui"));
-    m_kWidgetBuilder.SetSecondPath(secondPath);
-    m_kWidgetBuilder.SetLayoutIniPath(QStringLiteral(":/plugin/MVGoZBrush/LayoutUI.ini"));
-    const QV::Result result = m_kWidgetBuilder.InitUi(this, &m_kUi, host, true, true);
+    const QV::Result result = LoadDialogForm(m_kWidgetBuilder, this, &m_kUi, host, "ExpressionZBrushToFMDlg.ui", secondPath);
     if (QV::Failed(result)) {
         return result;
     }

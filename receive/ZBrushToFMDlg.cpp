@@ -1,5 +1,7 @@
 #include "ZBrushToFMDlg.h"
 
+#include "DialogForm.h"
+
 #include <QPushButton>
 #include <QRadioButton>
 
@@ -17,10 +19,7 @@ QV::Result ZBrushToFMDlg::Initialize(const QString& pluginFolder, const QString&
     m_pHost = host;
     m_strPluginFolder = pluginFolder;
     m_strSecondPath = secondPath;
-    m_kWidgetBuilder.SetFormPath(QStringLiteral(":/plugin/MVGoZBrush/ZBrushToFMDlg.ui"));
-    m_kWidgetBuilder.SetSecondPath(secondPath);
-    m_kWidgetBuilder.SetLayoutIniPath(QStringLiteral(":/plugin/MVGoZBrush/LayoutUI.ini"));
-    const QV::Result result = m_kWidgetBuilder.InitUi(this, &m_kUi, host, true, true);
+    const QV::Result result = LoadDialogForm(m_kWidgetBuilder, this, &m_kUi, host, "ZBrushToFMDlg.ui", secondPath);
     if (QV::Failed(result)) {
         return result;
     }

@@ -2,6 +2,7 @@
 
 #include "CMiravaInterface.h"
 #include "CSendRecordBuilder.h"
+#include "DialogForm.h"
 #include "GoZPaths.h"
 #include "ZBrushToFMDlg.h"
 
@@ -49,10 +50,7 @@ QV::Result FMToZBrushDlg::Initialize(const QString& pluginFolder, const QString&
         return QV::kInvalidArg;
     }
     m_pHost = host;
-    m_kWidgetBuilder.SetFormPath(QStringLiteral(":/plugin/MVGoZBrush/FMtoZBrushDlg.ui"));
-    m_kWidgetBuilder.SetSecondPath(secondPath);
-    m_kWidgetBuilder.SetLayoutIniPath(QStringLiteral(":/plugin/MVGoZBrush/LayoutUI.ini"));
-    const QV::Result result = m_kWidgetBuilder.InitUi(this, &m_kUi, host, true, true);
+    const QV::Result result = LoadDialogForm(m_kWidgetBuilder, this, &m_kUi, host, "FMtoZBrushDlg.ui", secondPath);
     if (QV::Failed(result)) {
         return result;
     }
