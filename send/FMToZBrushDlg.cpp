@@ -29,6 +29,7 @@ QTableWidgetItem* TextItem(const std::wstring& text)
 {
     auto* item = new QTableWidgetItem(QString::fromStdWString(text));
     item->setTextAlignment(Qt::AlignLeft | Qt::AlignVCenter);
+    item->setToolTip(item->text()); // the notes are longer than their column
     return item;
 }
 
@@ -186,6 +187,8 @@ void FMToZBrushDlg::UpdateTable()
                 combo->setEnabled(false);
             }
         }
+        combo->setToolTip(combo->currentText());
+        connect(combo, &QComboBox::currentTextChanged, combo, &QComboBox::setToolTip);
         table->setCellWidget(row, 1, combo);
 
         const bool noNote = info.m_eNodeType == 4 || info.m_eNodeType == 35 || info.m_eNodeType == 36;
