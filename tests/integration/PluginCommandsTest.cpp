@@ -268,4 +268,53 @@ TEST(PluginCommands, ExpressionGoZWithoutCharacterDoesNothing)
     EXPECT_TRUE(Messages(report).isEmpty());
 }
 
+QJsonObject FileEntry(const QJsonObject& report, const QString& path)
+{
+    for (const QJsonValue& file : report.value(QStringLiteral("files")).toArray()) {
+        if (file.toObject().value(QStringLiteral("path")).toString() == path) {
+            return file.toObject();
+        }
+    }
+    return {};
+}
+
+// The whole send half as a user drives it: send, send again, relink the row, send.
+TEST(PluginSendScript, SecondSendRelinksThroughTheTable)
+{
+    const QJsonObject report = RunSteps(R"([{"step": "select", "ids": ["k3"]},
+        {"step": "trigger", "action": "qtGoZAction"},
+        {"step": "click", "widget": "qtGoZButton"},
+        {"step": "wait_processes", "count": 2, "timeout_ms": 10000},
+        {"step": "trigger", "action": "qtGoZAction"},
+        {"step": "dump_dialog"},
+        {"step": "table_combo_choose", "table": "qtFMGoZToZBrushTableWidget", "row": 0, "column": 1,
+         "text": "[MVGoZBursh] Relink"},
+        {"step": "dump_dialog"},
+        {"step": "click", "widget": "qtGoZButton"},
+        {"step": "wait_processes", "count": 4, "timeout_ms": 10000}])");
+    ASSERT_TRUE(report.value(QStringLiteral("ok")).toBool()) << QJsonDocument(report.value(QStringLiteral("steps")).toArray()).toJson().toStdString();
+    const QJsonArray dumps = report.value(QStringLiteral("dialog_dumps")).toArray();
+    ASSERT_EQ(dumps.size(), 2);
+    QJsonObject template0;
+    QJsonObject template1;
+    for (const QJsonValue& widget : dumps[0].toObject().value(QStringLiteral("widgets")).toArray()) {
+        if (widget.toObject().value(QStringLiteral("name")).toString() == QLatin1String("qtTemplateComboBox")) {
+            template0 = widget.toObject();
+        }
+    }
+    for (const QJsonValue& widget : dumps[1].toObject().value(QStringLiteral("widgets")).toArray()) {
+        if (widget.toObject().value(QStringLiteral("name")).toString() == QLatin1String("qtTemplateComboBox")) {
+            template1 = widget.toObject();
+        }
+    }
+    EXPECT_EQ(template0.value(QStringLiteral("current_index")).toInt(), 0);
+    EXPECT_TRUE(template0.value(QStringLiteral("hidden_rows")).toArray().isEmpty()) << "every row can relink";
+    EXPECT_EQ(template1.value(QStringLiteral("current_index")).toInt(), 1) << "the one row now relinks";
+    EXPECT_EQ(FileEntry(report, QStringLiteral("C:/Users/Public/Pixologic/GoZApps/Figmora/GoZ_ObjectList.txt"))
+                  .value(QStringLiteral("text"))
+                  .toString(),
+              QStringLiteral("C:/Users/Public/Pixologic/GoZProjects/Default/k3\n"));
+    EXPECT_EQ(report.value(QStringLiteral("processes")).toArray().size(), 4);
+}
+
 } // namespace
