@@ -1,11 +1,16 @@
 #include "CPluginHost.h"
+#include "CReferenceHost.h"
 #include "CReport.h"
 #include "CRunSession.h"
 
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
+#include <QDialog>
+#include <QFile>
+#include <QMainWindow>
 #include <QPluginLoader>
+#include <QTemporaryDir>
 
 #include <gtest/gtest.h>
 
@@ -315,6 +320,22 @@ TEST(PluginSendScript, SecondSendRelinksThroughTheTable)
                   .toString(),
               QStringLiteral("C:/Users/Public/Pixologic/GoZProjects/Default/k3\n"));
     EXPECT_EQ(report.value(QStringLiteral("processes")).toArray().size(), 4);
+}
+
+TEST(PluginModule, MissingResourceFileFailsInitialize)
+{
+    QTemporaryDir folder;
+    ASSERT_TRUE(folder.isValid());
+    const QString copy = folder.path() + QStringLiteral("/MVGoZBrush.so");
+    ASSERT_TRUE(QFile::copy(QStringLiteral(MVGOZ_PLUGIN_MODULE), copy));
+    CReferenceHost host;
+    {
+        CPluginHost plugins(host);
+        EXPECT_EQ(plugins.Load(copy), QV::kFail);
+        EXPECT_TRUE(plugins.HasInitializeResult());
+        EXPECT_EQ(plugins.InitializeResult(), QV::kFail);
+    }
+    EXPECT_TRUE(host.MainWindow()->findChildren<QDialog*>().isEmpty()) << "no dialog before the form loads";
 }
 
 } // namespace
