@@ -14,6 +14,13 @@ QList<CCallRecord> CCallLog::Of(const QString& operation) const
     return found;
 }
 
+void CCallLog::NoteWrite(const CFileWrite& write)
+{
+    if (!m_kRecords.isEmpty()) {
+        m_kRecords.last().m_kWrites.append(write);
+    }
+}
+
 int CCallLog::Count(const QString& operation) const
 {
     return Of(operation).size();

@@ -9,6 +9,13 @@
 namespace MV {
 namespace Host {
 
+// A file the host wrote while answering a call.
+struct CFileWrite
+{
+    QString m_strPath;
+    bool m_bReplaced = false; // a file of that name was there when the host wrote it
+};
+
 // One host operation as the plug-in called it.
 struct CCallRecord
 {
@@ -16,6 +23,8 @@ struct CCallRecord
     QStringList m_kArgs; // handles as object ids, wide strings as text
     bool m_bInjected = false;
     QV::Result m_iInjectedResult = QV::kOk;
+    int m_iStep = -1; // the script step that was running; -1 outside any step
+    QList<CFileWrite> m_kWrites;
 };
 
 // Every host operation the plug-in called, in call order.
@@ -24,6 +33,8 @@ class CCallLog
 public:
     void Append(const CCallRecord& record) { m_kRecords.append(record); }
     void Clear() { m_kRecords.clear(); }
+    // Adds the write to the latest call, which is the one being answered.
+    void NoteWrite(const CFileWrite& write);
 
     const QList<CCallRecord>& Records() const { return m_kRecords; }
     QList<CCallRecord> Of(const QString& operation) const;

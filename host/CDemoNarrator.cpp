@@ -1,7 +1,12 @@
 #include "CDemoNarrator.h"
 
 #include <QJsonArray>
+#include <QList>
+#include <QMap>
+#include <QSet>
 #include <QStringList>
+
+#include <algorithm>
 
 namespace MV {
 namespace Host {
@@ -9,22 +14,38 @@ namespace Host {
 namespace {
 
 const QString kPixologic = QStringLiteral("C:/Users/Public/Pixologic/");
+const QString kProjectFolder = kPixologic + QStringLiteral("GoZProjects/Default/");
 
 QString Quoted(const QString& text)
 {
     return QStringLiteral("\"") + text + QStringLiteral("\"");
 }
 
+QJsonArray Array(const QJsonObject& object, const char* key)
+{
+    return object.value(QLatin1String(key)).toArray();
+}
+
+QString Text(const QJsonObject& object, const char* key)
+{
+    return object.value(QLatin1String(key)).toString();
+}
+
+QString FileName(const QString& path)
+{
+    return path.mid(path.lastIndexOf(QLatin1Char('/')) + 1);
+}
+
 QString ActionLabel(const QJsonObject& action)
 {
-    const QString text = action.value(QStringLiteral("text")).toString().remove(QLatin1Char('&'));
-    const QString name = action.value(QStringLiteral("name")).toString();
+    const QString text = Text(action, "text").remove(QLatin1Char('&'));
+    const QString name = Text(action, "name");
     return text.isEmpty() ? name : QStringLiteral("%1 (%2)").arg(text, name);
 }
 
 QJsonObject StepRecord(const QJsonObject& report, int index)
 {
-    for (const QJsonValue& step : report.value(QStringLiteral("steps")).toArray()) {
+    for (const QJsonValue& step : Array(report, "steps")) {
         if (step.toObject().value(QStringLiteral("index")).toInt(-1) == index) {
             return step.toObject();
         }
@@ -32,41 +53,167 @@ QJsonObject StepRecord(const QJsonObject& report, int index)
     return QJsonObject();
 }
 
-QString CellText(const QJsonValue& cell)
+// Object paths of the project folder are told by their names, the folder once.
+QString PathList(const QStringList& paths)
 {
-    if (cell.isString()) {
-        return cell.toString();
+    const bool allInProject = std::all_of(paths.begin(), paths.end(), [](const QString& path) {
+        return path.startsWith(kProjectFolder) && !path.mid(kProjectFolder.size()).contains(QLatin1Char('/'));
+    });
+    if (!allInProject || paths.isEmpty()) {
+        return paths.join(QStringLiteral(", "));
     }
-    if (cell.isObject()) {
-        const QJsonObject widget = cell.toObject();
-        QString text = widget.value(QStringLiteral("text")).toString();
-        if (!widget.value(QStringLiteral("enabled")).toBool(true)) {
-            text += QStringLiteral(" (fixed)");
+    QStringList names;
+    for (const QString& path : paths) {
+        names << path.mid(kProjectFolder.size());
+    }
+    return names.join(QStringLiteral(", ")) + QStringLiteral(" (in %1)").arg(kProjectFolder);
+}
+
+QStringList Strings(const QJsonArray& array)
+{
+    QStringList items;
+    for (const QJsonValue& item : array) {
+        items << item.toString();
+    }
+    return items;
+}
+
+// A press of a dialog button by the script, with the steps that led up to it and what the
+// plug-in did while it was pressed.
+struct CPress
+{
+    QJsonObject m_kStep;
+    int m_iFirstStep = 0; // steps from here up to the press belong to it
+    int m_iSend = 0;      // 1, 2, ... for presses that had the host write files; else 0
+    QJsonArray m_kWrites; // {"path", "replaced", "object"}
+    QStringList m_kMessages;
+    QJsonArray m_kProcesses;
+
+    int Index() const { return m_kStep.value(QStringLiteral("index")).toInt(); }
+};
+
+// What the narrative tells beside the presses.
+struct CStory
+{
+    QList<CPress> m_kPresses;
+    QStringList m_kOtherMessages;
+    QJsonArray m_kOtherProcesses;
+};
+
+int PressAt(const QList<CPress>& presses, int step)
+{
+    for (int i = 0; i < presses.size(); ++i) {
+        if (presses.at(i).Index() == step) {
+            return i;
         }
-        return text;
     }
-    return QString();
+    return -1;
+}
+
+void GatherPresses(const QJsonObject& report, CStory& story)
+{
+    int first = 0;
+    for (const QJsonValue& value : Array(report, "steps")) {
+        const QJsonObject step = value.toObject();
+        if (step.value(QStringLiteral("detail")).toObject().contains(QStringLiteral("clicked"))) {
+            CPress press;
+            press.m_kStep = step;
+            press.m_iFirstStep = first;
+            first = press.Index() + 1;
+            story.m_kPresses << press;
+        }
+    }
+}
+
+// The host's writes and message boxes, by the step during which the plug-in asked for them.
+void GatherCalls(const QJsonObject& report, CStory& story)
+{
+    QList<int> boxSteps;
+    for (const QJsonValue& value : Array(report, "call_log")) {
+        const QJsonObject call = value.toObject();
+        const int step = call.value(QStringLiteral("step")).toInt(-1);
+        const QString operation = Text(call, "operation");
+        if (operation == QLatin1String("ShowMessageBox") && !call.contains(QStringLiteral("injected"))) {
+            boxSteps << step;
+        }
+        const int press = PressAt(story.m_kPresses, step);
+        if (press < 0) {
+            continue;
+        }
+        for (const QJsonValue& write : Array(call, "wrote")) {
+            QJsonObject entry = write.toObject();
+            entry.insert(QStringLiteral("object"), Array(call, "args").at(0).toString());
+            story.m_kPresses[press].m_kWrites.append(entry);
+        }
+    }
+    // Every box that was shown has one such call, in the same order.
+    const QJsonArray boxes = Array(report, "message_boxes");
+    for (int i = 0; i < boxes.size(); ++i) {
+        const QString text = Text(boxes.at(i).toObject(), "text");
+        const int press = PressAt(story.m_kPresses, boxSteps.value(i, -1));
+        if (press >= 0) {
+            story.m_kPresses[press].m_kMessages << text;
+        } else {
+            story.m_kOtherMessages << text;
+        }
+    }
+    int send = 0;
+    for (CPress& press : story.m_kPresses) {
+        press.m_iSend = press.m_kWrites.isEmpty() ? 0 : ++send;
+    }
+}
+
+// Processes the script waited for after a press belong to that press.
+void GatherProcesses(const QJsonObject& report, CStory& story)
+{
+    const QJsonArray processes = Array(report, "processes");
+    QVector<bool> told(processes.size(), false);
+    int taken = 0;
+    int press = -1;
+    for (const QJsonValue& value : Array(report, "steps")) {
+        const QJsonObject step = value.toObject();
+        const int index = step.value(QStringLiteral("index")).toInt();
+        while (press + 1 < story.m_kPresses.size() && story.m_kPresses.at(press + 1).Index() <= index) {
+            ++press;
+        }
+        const QJsonObject detail = step.value(QStringLiteral("detail")).toObject();
+        if (Text(step, "step") != QLatin1String("wait_processes") || !detail.contains(QStringLiteral("found"))) {
+            continue;
+        }
+        const int found = std::min(detail.value(QStringLiteral("found")).toInt(), static_cast<int>(processes.size()));
+        for (; taken < found; ++taken) {
+            if (press >= 0) {
+                story.m_kPresses[press].m_kProcesses.append(processes.at(taken));
+                told[taken] = true;
+            }
+        }
+    }
+    for (int i = 0; i < processes.size(); ++i) {
+        if (!told.at(i)) {
+            story.m_kOtherProcesses.append(processes.at(i));
+        }
+    }
 }
 
 void TellPlugin(const QJsonObject& report, QStringList& out)
 {
     const QJsonObject plugin = report.value(QStringLiteral("plugin")).toObject();
-    out << QStringLiteral("Plug-in: %1").arg(plugin.value(QStringLiteral("path")).toString());
+    out << QStringLiteral("Plug-in: %1").arg(Text(plugin, "path"));
     if (!plugin.value(QStringLiteral("loaded")).toBool()) {
         out << QStringLiteral("  It was not loaded:");
-        for (const QJsonValue& error : plugin.value(QStringLiteral("errors")).toArray()) {
+        for (const QJsonValue& error : Array(plugin, "errors")) {
             out << QStringLiteral("  - ") + error.toString();
         }
         return;
     }
-    out << QStringLiteral("  Loaded; Initialize returned %1.").arg(plugin.value(QStringLiteral("initialize_result")).toString());
+    out << QStringLiteral("  Loaded; Initialize returned %1.").arg(Text(plugin, "initialize_result"));
     QStringList menus;
-    for (const QJsonValue& menu : plugin.value(QStringLiteral("menus")).toArray()) {
-        menus << Quoted(menu.toObject().value(QStringLiteral("title")).toString().remove(QLatin1Char('&')));
+    for (const QJsonValue& menu : Array(plugin, "menus")) {
+        menus << Quoted(Text(menu.toObject(), "title").remove(QLatin1Char('&')));
     }
     QStringList toolBars;
-    for (const QJsonValue& toolBar : plugin.value(QStringLiteral("tool_bars")).toArray()) {
-        toolBars << Quoted(toolBar.toObject().value(QStringLiteral("name")).toString());
+    for (const QJsonValue& toolBar : Array(plugin, "tool_bars")) {
+        toolBars << Quoted(Text(toolBar.toObject(), "name"));
     }
     out << QStringLiteral("  It added the menus %1 and the tool bars %2 to the host window.")
                .arg(menus.isEmpty() ? QStringLiteral("(none)") : menus.join(QStringLiteral(", ")),
@@ -75,24 +222,24 @@ void TellPlugin(const QJsonObject& report, QStringList& out)
 
 void TellSnapshots(const QJsonObject& report, QStringList& out)
 {
-    const QJsonArray snapshots = report.value(QStringLiteral("action_snapshots")).toArray();
+    const QJsonArray snapshots = Array(report, "action_snapshots");
     if (snapshots.isEmpty()) {
         return;
     }
     out << QString() << QStringLiteral("Which commands each situation enables:");
     for (const QJsonValue& value : snapshots) {
         const QJsonObject snapshot = value.toObject();
-        QString label = StepRecord(report, snapshot.value(QStringLiteral("step")).toInt()).value(QStringLiteral("comment")).toString();
+        QString label = Text(StepRecord(report, snapshot.value(QStringLiteral("step")).toInt()), "comment");
         if (label.isEmpty()) {
             QStringList names;
-            for (const QJsonValue& selected : snapshot.value(QStringLiteral("selection")).toArray()) {
-                names << Quoted(selected.toObject().value(QStringLiteral("name")).toString());
+            for (const QJsonValue& selected : Array(snapshot, "selection")) {
+                names << Quoted(Text(selected.toObject(), "name"));
             }
             label = names.isEmpty() ? QStringLiteral("nothing selected")
                                     : names.join(QStringLiteral(", ")) + QStringLiteral(" selected");
         }
         QStringList enabled;
-        for (const QJsonValue& action : snapshot.value(QStringLiteral("actions")).toArray()) {
+        for (const QJsonValue& action : Array(snapshot, "actions")) {
             // A sub-menu's own action opens the menu; it is no command.
             if (action.toObject().value(QStringLiteral("menu")).toBool()) {
                 continue;
@@ -106,17 +253,293 @@ void TellSnapshots(const QJsonObject& report, QStringList& out)
     }
 }
 
-void TellFiles(const QJsonObject& report, const QString& folder, const QString& title, QStringList& out)
+QString CellText(const QJsonValue& cell)
+{
+    if (cell.isString()) {
+        return cell.toString();
+    }
+    if (!cell.isObject()) {
+        return QString();
+    }
+    const QJsonObject widget = cell.toObject();
+    QString text = Text(widget, "text");
+    if (!widget.value(QStringLiteral("enabled")).toBool(true)) {
+        return text + QStringLiteral(" (fixed)");
+    }
+    QStringList others = Strings(Array(widget, "items"));
+    others.removeAll(text);
+    if (!others.isEmpty()) {
+        text += QStringLiteral(" (or %1)").arg(others.join(QStringLiteral(", ")));
+    }
+    return text;
+}
+
+void TellTable(const QJsonObject& table, QStringList& out)
+{
+    QList<QStringList> rows;
+    const QStringList headers = Strings(Array(table, "headers"));
+    if (!headers.isEmpty()) {
+        rows << headers;
+    }
+    for (const QJsonValue& row : Array(table, "cells")) {
+        QStringList cells;
+        for (const QJsonValue& cell : row.toArray()) {
+            cells << CellText(cell);
+        }
+        rows << cells;
+    }
+    QVector<int> widths;
+    for (const QStringList& row : rows) {
+        for (int column = 0; column < row.size(); ++column) {
+            if (widths.size() <= column) {
+                widths.append(0);
+            }
+            widths[column] = std::max(widths.at(column), static_cast<int>(row.at(column).size()));
+        }
+    }
+    out << QStringLiteral("    Table %1, %2 row(s):").arg(Text(table, "name")).arg(table.value(QStringLiteral("rows")).toInt());
+    for (const QStringList& row : rows) {
+        QStringList padded;
+        for (int column = 0; column < row.size(); ++column) {
+            padded << row.at(column).leftJustified(column + 1 < row.size() ? widths.at(column) : 0);
+        }
+        out << QStringLiteral("      ") + padded.join(QStringLiteral(" | ")).trimmed();
+    }
+}
+
+void TellDump(const QJsonObject& dump, QStringList& out)
+{
+    const QString title = Text(dump, "title");
+    out << QStringLiteral("  Dialog %1%2 at step %3:")
+               .arg(Quoted(Text(dump, "dialog")), title.isEmpty() ? QString() : QStringLiteral(" (") + title + QStringLiteral(")"))
+               .arg(dump.value(QStringLiteral("step")).toInt());
+    QStringList disabledGroups;
+    QStringList checked;
+    int unchecked = 0;
+    QStringList disabledOptions;
+    QStringList choices;
+    QStringList buttons;
+    for (const QJsonValue& value : Array(dump, "widgets")) {
+        const QJsonObject widget = value.toObject();
+        if (!widget.value(QStringLiteral("visible")).toBool()) {
+            continue;
+        }
+        const QString name = Text(widget, "name");
+        const QString type = Text(widget, "class");
+        const bool enabled = widget.value(QStringLiteral("enabled")).toBool();
+        const QString state = enabled ? QString() : QStringLiteral(" (disabled)");
+        if (widget.contains(QStringLiteral("cells"))) {
+            TellTable(widget, out);
+        } else if (widget.contains(QStringLiteral("current_text"))) {
+            QStringList hidden;
+            const QStringList items = Strings(Array(widget, "items"));
+            for (const QJsonValue& row : Array(widget, "hidden_rows")) {
+                hidden << Quoted(items.value(row.toInt()));
+            }
+            choices << QStringLiteral("%1 = %2%3%4")
+                           .arg(name, Quoted(Text(widget, "current_text")), state,
+                                hidden.isEmpty() ? QString()
+                                                 : QStringLiteral(" (hidden in its list: %1)").arg(hidden.join(QStringLiteral(", "))));
+        } else if (type == QLatin1String("QGroupBox")) {
+            if (!enabled) {
+                disabledGroups << name;
+            }
+        } else if (widget.contains(QStringLiteral("checked"))) {
+            if (widget.value(QStringLiteral("checked")).toBool()) {
+                checked << name + state;
+            } else {
+                ++unchecked;
+                if (!enabled) {
+                    disabledOptions << name;
+                }
+            }
+        } else if (type.endsWith(QLatin1String("Button"))) {
+            buttons << name + state;
+        }
+    }
+    if (!checked.isEmpty() || unchecked > 0) {
+        QString line = QStringLiteral("    Checked: %1; %2 other option(s) unchecked")
+                           .arg(checked.isEmpty() ? QStringLiteral("nothing") : checked.join(QStringLiteral(", ")))
+                           .arg(unchecked);
+        if (!disabledOptions.isEmpty()) {
+            line += QStringLiteral(" (disabled: %1)").arg(disabledOptions.join(QStringLiteral(", ")));
+        }
+        out << line;
+    }
+    if (!disabledGroups.isEmpty()) {
+        out << QStringLiteral("    Disabled groups: ") + disabledGroups.join(QStringLiteral(", "));
+    }
+    if (!choices.isEmpty()) {
+        out << QStringLiteral("    Chosen: ") + choices.join(QStringLiteral(", "));
+    }
+    if (!buttons.isEmpty()) {
+        out << QStringLiteral("    Buttons: ") + buttons.join(QStringLiteral(", "));
+    }
+}
+
+// The latest dump before step, for naming rows and items the script chose.
+QJsonObject DumpBefore(const QJsonObject& report, int step)
+{
+    QJsonObject latest;
+    for (const QJsonValue& value : Array(report, "dialog_dumps")) {
+        if (value.toObject().value(QStringLiteral("step")).toInt() < step) {
+            latest = value.toObject();
+        }
+    }
+    return latest;
+}
+
+QJsonObject DumpedWidget(const QJsonObject& dump, const QString& name)
+{
+    for (const QJsonValue& widget : Array(dump, "widgets")) {
+        if (Text(widget.toObject(), "name") == name) {
+            return widget.toObject();
+        }
+    }
+    return QJsonObject();
+}
+
+QString TellChoice(const QJsonObject& report, const QJsonObject& step)
+{
+    const int index = step.value(QStringLiteral("index")).toInt();
+    const QString name = Text(step, "step");
+    const QJsonObject detail = step.value(QStringLiteral("detail")).toObject();
+    const QJsonObject dump = DumpBefore(report, index);
+    if (name == QLatin1String("table_combo_choose")) {
+        const int row = detail.value(QStringLiteral("row")).toInt();
+        const QString mesh = Array(DumpedWidget(dump, Text(detail, "table")), "cells").at(row).toArray().at(0).toString();
+        return QStringLiteral("  At step %1 the demo chose %2 in row %3%4.")
+            .arg(index)
+            .arg(Quoted(Text(detail, "text")))
+            .arg(row)
+            .arg(mesh.isEmpty() ? QString() : QStringLiteral(" (") + mesh + QStringLiteral(")"));
+    }
+    if (name == QLatin1String("set_combo_index")) {
+        const int item = detail.value(QStringLiteral("index")).toInt();
+        const QString text = Array(DumpedWidget(dump, Text(detail, "widget")), "items").at(item).toString();
+        return QStringLiteral("  At step %1 the demo chose item %2%3 of %4.")
+            .arg(index)
+            .arg(item)
+            .arg(text.isEmpty() ? QString() : QStringLiteral(" (") + Quoted(text) + QStringLiteral(")"), Text(detail, "widget"));
+    }
+    return QStringLiteral("  At step %1 the demo %2 %3.")
+        .arg(index)
+        .arg(detail.value(QStringLiteral("checked")).toBool() ? QStringLiteral("checked") : QStringLiteral("unchecked"),
+             Text(detail, "widget"));
+}
+
+void TellWrites(const CPress& press, QMap<QString, int>& writtenBy, QStringList& out)
+{
+    if (press.m_kWrites.isEmpty()) {
+        return;
+    }
+    const bool inProject = std::all_of(press.m_kWrites.begin(), press.m_kWrites.end(), [](const QJsonValue& write) {
+        return Text(write.toObject(), "path").startsWith(kProjectFolder);
+    });
+    out << (inProject ? QStringLiteral("  The host exported into %1:").arg(kProjectFolder) : QStringLiteral("  The host wrote:"));
+    // A send's own writes are compared with earlier sends only.
+    QMap<QString, int> writtenNow;
+    for (const QJsonValue& value : press.m_kWrites) {
+        const QJsonObject write = value.toObject();
+        const QString path = Text(write, "path");
+        const bool replaced = write.value(QStringLiteral("replaced")).toBool();
+        const int before = writtenBy.value(path, 0);
+        QString what;
+        if (before > 0 && !replaced) {
+            what = QStringLiteral("the same name again; the copy from send %1 had already been deleted when the export wrote it").arg(before);
+        } else if (before > 0) {
+            what = QStringLiteral("over the copy from send %1").arg(before);
+        } else if (replaced) {
+            what = QStringLiteral("over a file that was already there");
+        } else {
+            what = QStringLiteral("new");
+        }
+        const QString shown = inProject ? path.mid(kProjectFolder.size()) : path;
+        out << QStringLiteral("    - %1 (object %2): %3").arg(shown, Text(write, "object"), what);
+        writtenNow.insert(path, press.m_iSend);
+    }
+    for (auto it = writtenNow.cbegin(); it != writtenNow.cend(); ++it) {
+        writtenBy.insert(it.key(), it.value());
+    }
+}
+
+void TellStarts(const CPress& press, QStringList& out)
+{
+    // Programs offered the same list are told together.
+    QMap<QString, QStringList> programsByList;
+    QStringList lists;
+    for (const QJsonValue& value : press.m_kProcesses) {
+        const QJsonObject process = value.toObject();
+        const QString list = process.value(QStringLiteral("object_list")).isArray()
+                                 ? PathList(Strings(Array(process, "object_list")))
+                                 : QStringLiteral("no object list");
+        if (!lists.contains(list)) {
+            lists << list;
+        }
+        programsByList[list] << Text(process, "program");
+    }
+    for (const QString& list : lists) {
+        const QStringList& programs = programsByList.value(list);
+        out << QStringLiteral("  Started %1; %2 offered: %3")
+                   .arg(programs.join(QStringLiteral(" and ")),
+                        programs.size() > 1 ? QStringLiteral("each was") : QStringLiteral("it was"), list);
+    }
+    if (press.m_iSend > 0 && press.m_kProcesses.isEmpty()) {
+        out << QStringLiteral("  No bridge program start was logged for this send.");
+    }
+}
+
+void TellPress(const QJsonObject& report, const CPress& press, QMap<QString, int>& writtenBy, QStringList& out)
+{
+    const int index = press.Index();
+    const QJsonObject detail = press.m_kStep.value(QStringLiteral("detail")).toObject();
+    const QString title = press.m_iSend > 0 ? QStringLiteral("Send %1 (step %2)").arg(press.m_iSend).arg(index)
+                                            : QStringLiteral("Step %1").arg(index);
+    const QString comment = Text(press.m_kStep, "comment");
+    out << QString() << title + (comment.isEmpty() ? QStringLiteral(":") : QStringLiteral(": ") + comment);
+
+    for (const QJsonValue& dump : Array(report, "dialog_dumps")) {
+        const int step = dump.toObject().value(QStringLiteral("step")).toInt();
+        if (step >= press.m_iFirstStep && step < index) {
+            TellDump(dump.toObject(), out);
+        }
+    }
+    static const QSet<QString> kChoices = {QStringLiteral("table_combo_choose"), QStringLiteral("set_combo_index"),
+                                           QStringLiteral("set_checked")};
+    for (const QJsonValue& value : Array(report, "steps")) {
+        const QJsonObject step = value.toObject();
+        const int stepIndex = step.value(QStringLiteral("index")).toInt();
+        if (stepIndex >= press.m_iFirstStep && stepIndex < index && kChoices.contains(Text(step, "step")) &&
+            Text(step, "status") == QLatin1String("ok")) {
+            out << TellChoice(report, step);
+        }
+    }
+    out << QStringLiteral("  At step %1 the demo pressed %2 in %3.").arg(index).arg(Text(detail, "clicked"), Quoted(Text(detail, "dialog")));
+    for (const QString& message : press.m_kMessages) {
+        out << QStringLiteral("  The plug-in showed the message %1.").arg(Quoted(message));
+    }
+
+    TellWrites(press, writtenBy, out);
+    TellStarts(press, out);
+}
+
+void TellFiles(const QJsonObject& report, const QString& folder, const QString& title,
+               const QMap<QString, int>& writtenBy, QStringList& out)
 {
     QStringList lines;
-    for (const QJsonValue& value : report.value(QStringLiteral("files")).toArray()) {
+    QMap<int, QStringList> bySend;
+    for (const QJsonValue& value : Array(report, "files")) {
         const QJsonObject file = value.toObject();
-        const QString path = file.value(QStringLiteral("path")).toString();
+        const QString path = Text(file, "path");
         if (!path.startsWith(folder)) {
             continue;
         }
+        if (writtenBy.contains(path)) {
+            bySend[writtenBy.value(path)] << FileName(path);
+            continue;
+        }
         QString line = QStringLiteral("  - %1 (%2 bytes)").arg(path).arg(file.value(QStringLiteral("size")).toInt());
-        const QString text = file.value(QStringLiteral("text")).toString();
+        const QString text = Text(file, "text");
         if (path.endsWith(QLatin1String("GoZ_Config.txt"))) {
             for (const QString& textLine : text.split(QLatin1Char('\n'))) {
                 if (textLine.trimmed().startsWith(QLatin1String("PATH"))) {
@@ -126,11 +549,17 @@ void TellFiles(const QJsonObject& report, const QString& folder, const QString& 
         } else if (file.contains(QStringLiteral("text")) && text.size() <= 120 && !text.contains(QLatin1Char('\n'))) {
             line += QStringLiteral(": ") + Quoted(text);
         } else if (file.contains(QStringLiteral("text")) && path.endsWith(QLatin1String(".txt"))) {
-            QStringList shown = text.split(QLatin1Char('\n'), Qt::SkipEmptyParts);
-            line += QStringLiteral(": ") + shown.mid(0, 6).join(QStringLiteral(" | ")) +
-                    (shown.size() > 6 ? QStringLiteral(" | ...") : QString());
+            const QStringList shown = text.split(QLatin1Char('\n'), Qt::SkipEmptyParts);
+            const bool paths = std::all_of(shown.begin(), shown.end(),
+                                           [](const QString& item) { return item.startsWith(kProjectFolder); });
+            line += QStringLiteral(": ") + (paths ? PathList(shown)
+                                                  : shown.mid(0, 6).join(QStringLiteral(" | ")) +
+                                                        (shown.size() > 6 ? QStringLiteral(" | ...") : QString()));
         }
         lines << line;
+    }
+    for (auto it = bySend.cbegin(); it != bySend.cend(); ++it) {
+        lines << QStringLiteral("  - from send %1: %2 (in %3)").arg(it.key()).arg(it.value().join(QStringLiteral(", ")), folder);
     }
     out << QString() << title;
     if (lines.isEmpty()) {
@@ -140,123 +569,52 @@ void TellFiles(const QJsonObject& report, const QString& folder, const QString& 
     }
 }
 
-void TellDialogs(const QJsonObject& report, QStringList& out)
+void TellOtherProcesses(const QJsonArray& processes, bool anyTold, QStringList& out)
 {
-    for (const QJsonValue& value : report.value(QStringLiteral("dialog_dumps")).toArray()) {
-        const QJsonObject dump = value.toObject();
-        const QString title = dump.value(QStringLiteral("title")).toString();
-        out << QString()
-            << QStringLiteral("Dialog %1%2 as shown at step %3:")
-                   .arg(Quoted(dump.value(QStringLiteral("dialog")).toString()),
-                        title.isEmpty() ? QString() : QStringLiteral(" (") + title + QStringLiteral(")"))
-                   .arg(dump.value(QStringLiteral("step")).toInt());
-        QStringList groups;
-        QStringList options;
-        QStringList choices;
-        QStringList buttons;
-        for (const QJsonValue& widgetValue : dump.value(QStringLiteral("widgets")).toArray()) {
-            const QJsonObject widget = widgetValue.toObject();
-            if (!widget.value(QStringLiteral("visible")).toBool()) {
-                continue;
-            }
-            const QString name = widget.value(QStringLiteral("name")).toString();
-            const QString type = widget.value(QStringLiteral("class")).toString();
-            const QString state = widget.value(QStringLiteral("enabled")).toBool() ? QString() : QStringLiteral(" (disabled)");
-            if (widget.contains(QStringLiteral("cells"))) {
-                out << QStringLiteral("  Table %1 with %2 row(s):").arg(name).arg(widget.value(QStringLiteral("rows")).toInt());
-                for (const QJsonValue& row : widget.value(QStringLiteral("cells")).toArray()) {
-                    QStringList cells;
-                    for (const QJsonValue& cell : row.toArray()) {
-                        cells << CellText(cell);
-                    }
-                    out << QStringLiteral("    | ") + cells.join(QStringLiteral(" | "));
-                }
-            } else if (widget.contains(QStringLiteral("current_text"))) {
-                choices << QStringLiteral("%1 = %2%3").arg(name, Quoted(widget.value(QStringLiteral("current_text")).toString()), state);
-            } else if (type == QLatin1String("QGroupBox")) {
-                groups << name + state;
-            } else if (widget.contains(QStringLiteral("checked"))) {
-                options << (widget.value(QStringLiteral("checked")).toBool() ? QStringLiteral("[x] ") : QStringLiteral("[ ] ")) +
-                               name + state;
-            } else if (type.endsWith(QLatin1String("Button"))) {
-                buttons << name + state;
-            }
-        }
-        if (!groups.isEmpty()) {
-            out << QStringLiteral("  Groups: ") + groups.join(QStringLiteral(", "));
-        }
-        if (!options.isEmpty()) {
-            out << QStringLiteral("  Options: ") + options.join(QStringLiteral(", "));
-        }
-        if (!choices.isEmpty()) {
-            out << QStringLiteral("  Chosen: ") + choices.join(QStringLiteral(", "));
-        }
-        if (!buttons.isEmpty()) {
-            out << QStringLiteral("  Buttons: ") + buttons.join(QStringLiteral(", "));
-        }
+    if (anyTold && processes.isEmpty()) {
+        return;
     }
-    for (const QJsonValue& value : report.value(QStringLiteral("steps")).toArray()) {
-        const QJsonObject detail = value.toObject().value(QStringLiteral("detail")).toObject();
-        if (detail.contains(QStringLiteral("clicked"))) {
-            out << QStringLiteral("  At step %1 the demo pressed %2 in %3.")
-                       .arg(value.toObject().value(QStringLiteral("index")).toInt())
-                       .arg(detail.value(QStringLiteral("clicked")).toString(), Quoted(detail.value(QStringLiteral("dialog")).toString()));
-        }
-    }
-}
-
-void TellProcesses(const QJsonObject& report, QStringList& out)
-{
-    out << QString() << QStringLiteral("Bridge programs started:");
-    const QJsonArray processes = report.value(QStringLiteral("processes")).toArray();
+    out << QString() << (anyTold ? QStringLiteral("Other bridge programs started:") : QStringLiteral("Bridge programs started:"));
     if (processes.isEmpty()) {
         out << QStringLiteral("  (none)");
     }
     for (const QJsonValue& value : processes) {
         const QJsonObject process = value.toObject();
         if (process.contains(QStringLiteral("invalid_line"))) {
-            out << QStringLiteral("  - an unreadable log line: ") + process.value(QStringLiteral("invalid_line")).toString();
+            out << QStringLiteral("  - an unreadable log line: ") + Text(process, "invalid_line");
             continue;
         }
-        QStringList objects;
-        for (const QJsonValue& line : process.value(QStringLiteral("object_list")).toArray()) {
-            objects << line.toString();
-        }
-        out << QStringLiteral("  - %1, offered %2").arg(process.value(QStringLiteral("program")).toString(),
-                                                        objects.isEmpty() ? QStringLiteral("no objects")
-                                                                          : objects.join(QStringLiteral(", ")));
+        const QStringList objects = Strings(Array(process, "object_list"));
+        out << QStringLiteral("  - %1, offered %2")
+                   .arg(Text(process, "program"), objects.isEmpty() ? QStringLiteral("no objects") : objects.join(QStringLiteral(", ")));
     }
 }
 
-void TellMessagesAndProblems(const QJsonObject& report, QStringList& out)
+void TellMessagesAndProblems(const QJsonObject& report, const QStringList& messages, QStringList& out)
 {
-    const QJsonArray boxes = report.value(QStringLiteral("message_boxes")).toArray();
-    if (!boxes.isEmpty()) {
+    if (!messages.isEmpty()) {
         out << QString() << QStringLiteral("Messages the plug-in showed:");
-        for (const QJsonValue& box : boxes) {
-            out << QStringLiteral("  - ") + Quoted(box.toObject().value(QStringLiteral("text")).toString());
+        for (const QString& message : messages) {
+            out << QStringLiteral("  - ") + Quoted(message);
         }
     }
-    QStringList problems;
-    for (const QJsonValue& error : report.value(QStringLiteral("errors")).toArray()) {
-        problems << error.toString();
-    }
-    for (const QJsonValue& step : report.value(QStringLiteral("steps")).toArray()) {
+    QStringList problems = Strings(Array(report, "errors"));
+    for (const QJsonValue& step : Array(report, "steps")) {
         if (step.toObject().contains(QStringLiteral("error"))) {
-            problems << step.toObject().value(QStringLiteral("error")).toString();
+            problems << Text(step.toObject(), "error");
         }
     }
     out << QString();
     if (problems.isEmpty() && report.value(QStringLiteral("ok")).toBool()) {
         out << QStringLiteral("Every step succeeded.");
-    } else {
-        out << QStringLiteral("Problems:");
-        if (problems.isEmpty()) {
-            problems << QStringLiteral("the plug-in was not loaded");
-        }
-        for (const QString& problem : problems) {
-            out << QStringLiteral("  - ") + problem;
-        }
+        return;
+    }
+    out << QStringLiteral("Problems:");
+    if (problems.isEmpty()) {
+        problems << QStringLiteral("the plug-in was not loaded");
+    }
+    for (const QString& problem : problems) {
+        out << QStringLiteral("  - ") + problem;
     }
 }
 
@@ -266,18 +624,39 @@ QString CDemoNarrator::Narrate(const QJsonObject& report)
 {
     QStringList out;
     TellPlugin(report, out);
+    CStory story;
     if (report.value(QStringLiteral("plugin")).toObject().value(QStringLiteral("loaded")).toBool()) {
+        GatherPresses(report, story);
+        GatherCalls(report, story);
+        GatherProcesses(report, story);
         TellSnapshots(report, out);
+        QMap<QString, int> writtenBy;
+        bool anyProcessTold = false;
+        for (const CPress& press : story.m_kPresses) {
+            TellPress(report, press, writtenBy, out);
+            anyProcessTold = anyProcessTold || !press.m_kProcesses.isEmpty();
+        }
+        // Dumps that no press followed.
+        const int told = story.m_kPresses.isEmpty() ? 0 : story.m_kPresses.last().Index() + 1;
+        bool heading = false;
+        for (const QJsonValue& dump : Array(report, "dialog_dumps")) {
+            if (dump.toObject().value(QStringLiteral("step")).toInt() >= told) {
+                if (!heading) {
+                    out << QString() << QStringLiteral("Dialogs left without a button press:");
+                    heading = true;
+                }
+                TellDump(dump.toObject(), out);
+            }
+        }
         TellFiles(report, kPixologic + QStringLiteral("GoZApps/"),
-                  QStringLiteral("The GoZ application folder (installed by the plug-in, updated by the send):"), out);
-        TellDialogs(report, out);
-        TellFiles(report, kPixologic + QStringLiteral("GoZProjects/"),
-                  QStringLiteral("Files written to the GoZ project folder:"), out);
-        TellFiles(report, kPixologic + QStringLiteral("GoZBrush/GoZ_"),
-                  QStringLiteral("Files written for the GoZ bridge:"), out);
-        TellProcesses(report, out);
+                  QStringLiteral("The GoZ application folder at the end (installed by the plug-in, updated by the sends):"),
+                  writtenBy, out);
+        TellFiles(report, kProjectFolder, QStringLiteral("The GoZ project folder at the end:"), writtenBy, out);
+        TellFiles(report, kPixologic + QStringLiteral("GoZBrush/GoZ_"), QStringLiteral("Files written for the GoZ bridge:"),
+                  writtenBy, out);
+        TellOtherProcesses(story.m_kOtherProcesses, anyProcessTold, out);
     }
-    TellMessagesAndProblems(report, out);
+    TellMessagesAndProblems(report, story.m_kOtherMessages, out);
     return out.join(QLatin1Char('\n')) + QLatin1Char('\n');
 }
 

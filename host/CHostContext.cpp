@@ -76,12 +76,36 @@ bool CHostContext::Enter(const char* operation, const QStringList& args, QV::Res
     CCallRecord record;
     record.m_strOperation = QString::fromLatin1(operation);
     record.m_kArgs = args;
+    record.m_iStep = m_iStep;
     record.m_bInjected = m_kFaults.Check(record.m_strOperation, injected);
     if (record.m_bInjected) {
         record.m_iInjectedResult = injected;
     }
     m_kLog.Append(record);
     return record.m_bInjected;
+}
+
+bool CHostContext::Enter(const char* operation, const QStringList& args)
+{
+    QV::Result dropped = QV::kOk;
+    return Enter(operation, args, dropped);
+}
+
+const CSceneObject* CHostContext::EnterOn(const char* operation, const QV::CHandle* handle, QV::Result& result,
+                                          const QStringList& moreArgs)
+{
+    if (Enter(operation, QStringList{Id(handle)} + moreArgs, result)) {
+        return nullptr;
+    }
+    const CSceneObject* object = m_pScene->Find(handle);
+    result = object == nullptr ? QV::kInvalidArg : QV::kOk;
+    return object;
+}
+
+const CSceneObject* CHostContext::EnterOn(const char* operation, const QV::CHandle* handle)
+{
+    QV::Result dropped = QV::kOk;
+    return EnterOn(operation, handle, dropped);
 }
 
 QString CHostContext::Id(const QV::CHandle* handle) const
@@ -146,6 +170,29 @@ QV::CArrayList<QV::CHandle*> CHostContext::HandlesOf(const QStringList& ids) con
         }
     }
     return handles;
+}
+
+QV::Result CHostContext::AppendHandles(const QStringList& ids, QV::CArrayList<QV::CHandle*>& list) const
+{
+    for (QV::CHandle* handle : HandlesOf(ids)) {
+        const QV::Result added = list.Add(handle);
+        if (QV::Failed(added)) {
+            return added;
+        }
+    }
+    return QV::kOk;
+}
+
+QV::Result CHostContext::FillNames(const QStringList& source, QV::CArrayList<std::wstring>& names)
+{
+    names.Clear();
+    for (const QString& name : source) {
+        const QV::Result added = names.Add(name.toStdWString());
+        if (QV::Failed(added)) {
+            return added;
+        }
+    }
+    return QV::kOk;
 }
 
 CNodeController* CHostContext::NewNodeController(const QString& nodeId)

@@ -44,6 +44,15 @@ public:
 
     // Logs the call. True when a failure is injected into it; injected then holds the code.
     bool Enter(const char* operation, const QStringList& args, QV::Result& injected);
+    // For operations without a result to pass an injected code on: true when one is injected.
+    bool Enter(const char* operation, const QStringList& args = {});
+    // Logs a call on one object, whose id leads the arguments. The object when the call goes
+    // on (result kOk); null when a failure is injected (result holds it) or the handle is not
+    // in the scene (kInvalidArg).
+    const CSceneObject* EnterOn(const char* operation, const QV::CHandle* handle, QV::Result& result,
+                                const QStringList& moreArgs = {});
+    // The same for operations without a result: either failure gives null.
+    const CSceneObject* EnterOn(const char* operation, const QV::CHandle* handle);
 
     QString Id(const QV::CHandle* handle) const;
     QString Ids(const QV::CArrayList<QV::CHandle*>& handles) const;
@@ -57,10 +66,16 @@ public:
 
     // Handles of the ids, in order; ids the scene does not know are left out.
     QV::CArrayList<QV::CHandle*> HandlesOf(const QStringList& ids) const;
+    // Adds the handles of the ids to list; a failing add ends it with its code.
+    QV::Result AppendHandles(const QStringList& ids, QV::CArrayList<QV::CHandle*>& list) const;
+    // names becomes source; a failing add ends it with its code.
+    static QV::Result FillNames(const QStringList& source, QV::CArrayList<std::wstring>& names);
 
     CScene& Scene() { return *m_pScene; }
     const CScene& Scene() const { return *m_pScene; }
     CCallLog& Log() { return m_kLog; }
+    // The script step now running (-1: none); every call logged from now on carries it.
+    void SetStep(int index) { m_iStep = index; }
     CFaultInjector& Faults() { return m_kFaults; }
     CEventSender* EventSender() const { return m_pEventSender.get(); }
     CFigmoraEventSender* FigmoraEventSender() const { return m_pFigmoraEventSender.get(); }
@@ -91,6 +106,7 @@ private:
     QSet<QString> m_kUsedNames;
     QList<CPluginRegistration> m_kRegistrations;
     quint64 m_uLastPluginValue = 0;
+    int m_iStep = -1;
     std::vector<std::unique_ptr<CReferenceNodeController>> m_kControllers;
 };
 

@@ -23,17 +23,35 @@ QString Hex(QV::Result code)
     return QStringLiteral("0x%1").arg(static_cast<quint32>(code), 8, 16, QLatin1Char('0'));
 }
 
+void AppendOnce(QList<QAction*>& actions, QAction* action)
+{
+    if (!actions.contains(action)) {
+        actions << action;
+    }
+}
+
 void CollectMenuActions(QMenu* menu, QList<QAction*>& actions, int depth)
 {
     if (menu == nullptr || depth > 16) {
         return;
     }
     for (QAction* action : menu->actions()) {
-        if (!actions.contains(action)) {
-            actions << action;
-        }
+        AppendOnce(actions, action);
         CollectMenuActions(action->menu(), actions, depth + 1);
     }
+}
+
+// The plug-in may delete what it handed over; only what still lives is given out.
+template <typename T>
+QList<T*> Living(const QList<QPointer<T>>& pointers)
+{
+    QList<T*> living;
+    for (const QPointer<T>& pointer : pointers) {
+        if (pointer) {
+            living << pointer.data();
+        }
+    }
+    return living;
 }
 
 } // namespace
@@ -49,6 +67,18 @@ QV::Result CPluginHost::Refuse(const QString& message, QV::Result code)
 {
     m_kErrors << message;
     return code;
+}
+
+QV::Result CPluginHost::Discard(const QString& message)
+{
+    m_pLoader.reset();
+    return Refuse(message, QV::kFail);
+}
+
+QV::Result CPluginHost::UnloadAndDiscard(const QString& message)
+{
+    m_pLoader->unload();
+    return Discard(message);
 }
 
 QV::Result CPluginHost::Load(const QString& path)
@@ -74,50 +104,36 @@ QV::Result CPluginHost::Load(const QString& path)
     m_pLoader = std::make_unique<QPluginLoader>(path);
     const QJsonObject metaData = m_pLoader->metaData();
     if (metaData.isEmpty()) {
-        const QString reason = m_pLoader->errorString();
-        m_pLoader.reset();
-        return Refuse(QStringLiteral("%1 is not a Qt plug-in (%2)").arg(path, reason), QV::kFail);
+        return Discard(QStringLiteral("%1 is not a Qt plug-in (%2)").arg(path, m_pLoader->errorString()));
     }
     const QString iid = metaData.value(QStringLiteral("IID")).toString();
     if (iid != QLatin1String(kInterfaceId)) {
-        m_pLoader.reset();
-        return Refuse(QStringLiteral("the plug-in implements interface \"%1\", not \"%2\"").arg(iid, QLatin1String(kInterfaceId)),
-                      QV::kFail);
+        return Discard(
+            QStringLiteral("the plug-in implements interface \"%1\", not \"%2\"").arg(iid, QLatin1String(kInterfaceId)));
     }
     const QString className = metaData.value(QStringLiteral("className")).toString();
     if (className != m_strClassName) {
-        m_pLoader.reset();
-        return Refuse(QStringLiteral("the plug-in class is \"%1\", not \"%2\"").arg(className, m_strClassName),
-                      QV::kFail);
+        return Discard(QStringLiteral("the plug-in class is \"%1\", not \"%2\"").arg(className, m_strClassName));
     }
 
     QObject* instance = m_pLoader->instance();
     if (instance == nullptr) {
-        const QString reason = m_pLoader->errorString();
-        m_pLoader.reset();
-        return Refuse(QStringLiteral("the plug-in could not be instantiated: %1").arg(reason), QV::kFail);
+        return Discard(QStringLiteral("the plug-in could not be instantiated: %1").arg(m_pLoader->errorString()));
     }
     m_pInstance = instance;
     CPluginInterface* plugin = qobject_cast<CPluginInterface*>(instance);
     if (plugin == nullptr) {
-        m_pLoader->unload();
-        m_pLoader.reset();
-        return Refuse(QStringLiteral("the plug-in object does not implement %1").arg(QLatin1String(kInterfaceId)),
-                      QV::kFail);
+        return UnloadAndDiscard(
+            QStringLiteral("the plug-in object does not implement %1").arg(QLatin1String(kInterfaceId)));
     }
     if (!plugin->IsValid(&m_rHost)) {
-        m_pLoader->unload();
-        m_pLoader.reset();
-        return Refuse(QStringLiteral("the plug-in refused this host (IsValid returned false)"), QV::kFail);
+        return UnloadAndDiscard(QStringLiteral("the plug-in refused this host (IsValid returned false)"));
     }
     m_uCompatibleApps = plugin->GetCompatibleApps();
     if ((m_uCompatibleApps & CReferenceHost::kHostApps) == 0) {
-        m_pLoader->unload();
-        m_pLoader.reset();
-        return Refuse(QStringLiteral("the plug-in is for applications 0x%1, none of them this host (0x%2)")
-                          .arg(m_uCompatibleApps, 8, 16, QLatin1Char('0'))
-                          .arg(CReferenceHost::kHostApps, 8, 16, QLatin1Char('0')),
-                      QV::kFail);
+        return UnloadAndDiscard(QStringLiteral("the plug-in is for applications 0x%1, none of them this host (0x%2)")
+                                    .arg(m_uCompatibleApps, 8, 16, QLatin1Char('0'))
+                                    .arg(CReferenceHost::kHostApps, 8, 16, QLatin1Char('0')));
     }
 
     QString folder = info.absolutePath();
@@ -216,35 +232,17 @@ QObject* CPluginHost::Instance() const
 
 QList<QMenu*> CPluginHost::Menus() const
 {
-    QList<QMenu*> menus;
-    for (const QPointer<QMenu>& menu : m_kMenus) {
-        if (menu) {
-            menus << menu.data();
-        }
-    }
-    return menus;
+    return Living(m_kMenus);
 }
 
 QList<QToolBar*> CPluginHost::ToolBars() const
 {
-    QList<QToolBar*> toolBars;
-    for (const QPointer<QToolBar>& toolBar : m_kToolBars) {
-        if (toolBar) {
-            toolBars << toolBar.data();
-        }
-    }
-    return toolBars;
+    return Living(m_kToolBars);
 }
 
 QList<QAction*> CPluginHost::ContextActions() const
 {
-    QList<QAction*> actions;
-    for (const QPointer<QAction>& action : m_kContextActions) {
-        if (action) {
-            actions << action.data();
-        }
-    }
-    return actions;
+    return Living(m_kContextActions);
 }
 
 QList<QAction*> CPluginHost::Actions() const
@@ -255,15 +253,11 @@ QList<QAction*> CPluginHost::Actions() const
     }
     for (QToolBar* toolBar : ToolBars()) {
         for (QAction* action : toolBar->actions()) {
-            if (!actions.contains(action)) {
-                actions << action;
-            }
+            AppendOnce(actions, action);
         }
     }
     for (QAction* action : ContextActions()) {
-        if (!actions.contains(action)) {
-            actions << action;
-        }
+        AppendOnce(actions, action);
     }
     return actions;
 }

@@ -62,6 +62,9 @@ public:
 
 private:
     QV::Result Refuse(const QString& message, QV::Result code);
+    // Refusals once the loader exists: it goes (after unloading the instance it made).
+    QV::Result Discard(const QString& message);
+    QV::Result UnloadAndDiscard(const QString& message);
 
     CReferenceHost& m_rHost;
     QString m_strClassName = QString::fromLatin1(kDefaultClassName);

@@ -7,33 +7,14 @@ namespace Host {
 
 using C = CHostContext;
 
-namespace {
-
-QV::Result FillNames(const QStringList& source, QV::CArrayList<std::wstring>& names)
-{
-    names.Clear();
-    for (const QString& name : source) {
-        const QV::Result added = names.Add(name.toStdWString());
-        if (QV::Failed(added)) {
-            return added;
-        }
-    }
-    return QV::kOk;
-}
-
-} // namespace
-
 CReferenceAvatarService::CReferenceAvatarService(CHostContext& context) : m_rContext(context) {}
 
 CReferenceAvatarService::~CReferenceAvatarService() = default;
 
 QV::CHandle* CReferenceAvatarService::GetCurrentAvatar()
 {
-    QV::Result injected = QV::kOk;
-    if (m_rContext.Enter("GetCurrentAvatar", {}, injected)) {
-        return nullptr;
-    }
-    return m_rContext.Scene().HandleOf(m_rContext.Scene().State().m_strCurrentAvatar);
+    return m_rContext.Enter("GetCurrentAvatar") ? nullptr
+                                                : m_rContext.Scene().HandleOf(m_rContext.Scene().State().m_strCurrentAvatar);
 }
 
 void CReferenceAvatarService::GetGozSplitMeshNames(QV::Result& result, QV::CArrayList<std::wstring>& names,
@@ -42,7 +23,7 @@ void CReferenceAvatarService::GetGozSplitMeshNames(QV::Result& result, QV::CArra
     if (m_rContext.Enter("GetGozSplitMeshNames", {C::Number(splitMask)}, result)) {
         return;
     }
-    result = FillNames(m_rContext.Scene().SplitMeshNames(splitMask), names);
+    result = C::FillNames(m_rContext.Scene().SplitMeshNames(splitMask), names);
 }
 
 void CReferenceAvatarService::GetGozExtraMeshNames(QV::Result& result, QV::CArrayList<std::wstring>& names)
@@ -50,22 +31,18 @@ void CReferenceAvatarService::GetGozExtraMeshNames(QV::Result& result, QV::CArra
     if (m_rContext.Enter("GetGozExtraMeshNames", {}, result)) {
         return;
     }
-    result = FillNames(m_rContext.Scene().State().m_kExtraMeshNames, names);
+    result = C::FillNames(m_rContext.Scene().State().m_kExtraMeshNames, names);
 }
 
 bool CReferenceAvatarService::IsCharacterTagSupported(const std::wstring& tag, int code)
 {
-    QV::Result injected = QV::kOk;
-    if (m_rContext.Enter("IsCharacterTagSupported", {C::Text(tag), C::Number(code)}, injected)) {
-        return false;
-    }
-    return m_rContext.Scene().State().m_kSupportedCharacterTags.contains(QString::fromStdWString(tag));
+    return !m_rContext.Enter("IsCharacterTagSupported", {C::Text(tag), C::Number(code)}) &&
+           m_rContext.Scene().State().m_kSupportedCharacterTags.contains(QString::fromStdWString(tag));
 }
 
 QV::CHandle* CReferenceAvatarService::GetBlendShapeEditingAvatar()
 {
-    QV::Result injected = QV::kOk;
-    if (m_rContext.Enter("GetBlendShapeEditingAvatar", {}, injected)) {
+    if (m_rContext.Enter("GetBlendShapeEditingAvatar")) {
         return nullptr;
     }
     const CScene& scene = m_rContext.Scene();
@@ -84,10 +61,8 @@ QV::CHandle* CReferenceAvatarService::GetBlendShapeEditingAvatar()
 QV::Result CReferenceAvatarService::CommitAvatarChange(QV::CHandle* avatar)
 {
     QV::Result result = QV::kOk;
-    if (m_rContext.Enter("CommitAvatarChange", {m_rContext.Id(avatar)}, result)) {
-        return result;
-    }
-    return m_rContext.Scene().Find(avatar) == nullptr ? QV::kInvalidArg : QV::kOk;
+    m_rContext.EnterOn("CommitAvatarChange", avatar, result);
+    return result;
 }
 
 } // namespace Host

@@ -11,16 +11,9 @@ CReferenceCharacterService::~CReferenceCharacterService() = default;
 
 void CReferenceCharacterService::GetCharacterTag(QV::Result& result, QV::CHandle* handle, std::wstring& tag)
 {
-    if (m_rContext.Enter("GetCharacterTag", {m_rContext.Id(handle)}, result)) {
-        return;
+    if (const CSceneObject* object = m_rContext.EnterOn("GetCharacterTag", handle, result)) {
+        tag = object->m_strCharacterTag.toStdWString();
     }
-    const CSceneObject* object = m_rContext.Scene().Find(handle);
-    if (object == nullptr) {
-        result = QV::kInvalidArg;
-        return;
-    }
-    tag = object->m_strCharacterTag.toStdWString();
-    result = QV::kOk;
 }
 
 } // namespace Host

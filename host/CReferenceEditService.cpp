@@ -33,26 +33,17 @@ void CReferenceEditService::RemoveLods(QV::Result& result, const QV::CArrayList<
 
 void CReferenceEditService::PrepareObjectUpdate(QV::Result& result, QV::CHandle* object)
 {
-    if (m_rContext.Enter("PrepareObjectUpdate", {m_rContext.Id(object)}, result)) {
-        return;
-    }
-    result = m_rContext.Scene().Find(object) == nullptr ? QV::kInvalidArg : QV::kOk;
+    m_rContext.EnterOn("PrepareObjectUpdate", object, result);
 }
 
 void CReferenceEditService::RefreshAvatar(QV::Result& result, QV::CHandle* avatar)
 {
-    if (m_rContext.Enter("RefreshAvatar", {m_rContext.Id(avatar)}, result)) {
-        return;
-    }
-    result = m_rContext.Scene().Find(avatar) == nullptr ? QV::kInvalidArg : QV::kOk;
+    m_rContext.EnterOn("RefreshAvatar", avatar, result);
 }
 
 void CReferenceEditService::UpdateAvatarMorph(QV::Result& result, QV::CHandle* avatar, bool flag)
 {
-    if (m_rContext.Enter("UpdateAvatarMorph", {m_rContext.Id(avatar), C::Flag(flag)}, result)) {
-        return;
-    }
-    result = m_rContext.Scene().Find(avatar) == nullptr ? QV::kInvalidArg : QV::kOk;
+    m_rContext.EnterOn("UpdateAvatarMorph", avatar, result, {C::Flag(flag)});
 }
 
 } // namespace Host

@@ -14,9 +14,12 @@ using C = CHostContext;
 
 namespace {
 
-QV::Result WriteText(const QString& path, const QString& text)
+// Notes the write in the call log, and whether it replaced a file: the report tells from
+// that whether the plug-in cleared the way before an export.
+QV::Result WriteText(CHostContext& context, const QString& path, const QString& text)
 {
     const QFileInfo info(path);
+    const bool replaced = info.exists();
     if (!QDir().mkpath(info.absolutePath())) {
         return QV::kFail;
     }
@@ -31,6 +34,7 @@ QV::Result WriteText(const QString& path, const QString& text)
         file.remove();
         return QV::kFail;
     }
+    context.Log().NoteWrite(CFileWrite{path, replaced});
     return QV::kOk;
 }
 
@@ -88,18 +92,12 @@ QV::Result CReferenceFileService::GetFileHandle(QV::CHandle*& handle, const std:
 void CReferenceFileService::ExportGoZ(QV::Result& result, QV::CHandle* handle, const std::wstring& folder,
                                       unsigned int splitMask, QV::CArrayList<std::wstring>& names, int poseOption)
 {
-    if (m_rContext.Enter("ExportGoZ",
-                         {m_rContext.Id(handle), C::Text(folder), C::Number(splitMask), C::Texts(names),
-                          C::Number(poseOption)},
-                         result)) {
+    const CSceneObject* object = m_rContext.EnterOn(
+        "ExportGoZ", handle, result, {C::Text(folder), C::Number(splitMask), C::Texts(names), C::Number(poseOption)});
+    if (object == nullptr) {
         return;
     }
     const CScene& scene = m_rContext.Scene();
-    const CSceneObject* object = scene.Find(handle);
-    if (object == nullptr) {
-        result = QV::kInvalidArg;
-        return;
-    }
     QStringList wanted;
     if (!names.IsEmpty()) {
         for (const std::wstring& name : names) {
@@ -131,7 +129,7 @@ void CReferenceFileService::ExportGoZ(QV::Result& result, QV::CHandle* handle, c
                                    .arg(object->m_strId, name)
                                    .arg(splitMask)
                                    .arg(poseOption);
-        result = WriteText(directory + name + QStringLiteral(".goz"), header);
+        result = WriteText(m_rContext, directory + name + QStringLiteral(".goz"), header);
         if (QV::Failed(result)) {
             return;
         }
@@ -146,8 +144,7 @@ void CReferenceFileService::ExportGoZ(QV::Result& result, QV::CHandle* handle, c
 
 quint64 CReferenceFileService::GetPluginValue(QObject* plugin)
 {
-    QV::Result injected = QV::kOk;
-    if (m_rContext.Enter("GetPluginValue", {C::ClassName(plugin)}, injected)) {
+    if (m_rContext.Enter("GetPluginValue", {C::ClassName(plugin)})) {
         return 0;
     }
     return m_rContext.NextPluginValue();
@@ -156,14 +153,9 @@ quint64 CReferenceFileService::GetPluginValue(QObject* plugin)
 void CReferenceFileService::ImportGoZToObject(QV::Result& result, QV::CHandle* target, const std::wstring& gozName,
                                               const CGoZImportOption& options)
 {
-    if (m_rContext.Enter("ImportGoZToObject",
-                         {m_rContext.Id(target), C::Text(gozName), C::Flag(options.m_bTakeTexture),
-                          C::Number(options.m_iPoseOption), C::Flag(options.m_bIsCloth),
-                          C::Number(options.m_iTextureSize), C::Number(options.m_iFlag)},
-                         result)) {
-        return;
-    }
-    result = m_rContext.Scene().Find(target) == nullptr ? QV::kInvalidArg : QV::kOk;
+    m_rContext.EnterOn("ImportGoZToObject", target, result,
+                       {C::Text(gozName), C::Flag(options.m_bTakeTexture), C::Number(options.m_iPoseOption),
+                        C::Flag(options.m_bIsCloth), C::Number(options.m_iTextureSize), C::Number(options.m_iFlag)});
 }
 
 void CReferenceFileService::CreatePropFromGoZ(QV::Result& result, const std::wstring& gozName,
@@ -212,14 +204,9 @@ void CReferenceFileService::FindObjectByName(QV::Result& result, QV::CHandle*& h
 
 void CReferenceFileService::UpdateMeshFromGoZ(QV::Result& result, const CGoZMeshUpdateInfo& info, QV::CHandle* object)
 {
-    if (m_rContext.Enter("UpdateMeshFromGoZ",
-                         {m_rContext.Id(object), C::Text(info.m_strGoZFile), C::Flag(info.m_bTakeMesh),
-                          C::Flag(info.m_bTakeTexture), C::Number(info.m_iTextureWidth),
-                          C::Number(info.m_iTextureHeight), C::Number(info.m_iMode)},
-                         result)) {
-        return;
-    }
-    result = m_rContext.Scene().Find(object) == nullptr ? QV::kInvalidArg : QV::kOk;
+    m_rContext.EnterOn("UpdateMeshFromGoZ", object, result,
+                       {C::Text(info.m_strGoZFile), C::Flag(info.m_bTakeMesh), C::Flag(info.m_bTakeTexture),
+                        C::Number(info.m_iTextureWidth), C::Number(info.m_iTextureHeight), C::Number(info.m_iMode)});
 }
 
 QV::Result CReferenceFileService::WriteMotionFile(QV::CHandle* handle, const QString& path)
@@ -231,7 +218,7 @@ QV::Result CReferenceFileService::WriteMotionFile(QV::CHandle* handle, const QSt
     if (path.isEmpty()) {
         return QV::kFail;
     }
-    return WriteText(path, QStringLiteral("MOTION-STANDIN 1\nobject=%1\n").arg(object->m_strId));
+    return WriteText(m_rContext, path, QStringLiteral("MOTION-STANDIN 1\nobject=%1\n").arg(object->m_strId));
 }
 
 void CReferenceFileService::SaveMotionFile(QV::Result& result, QV::CHandle* handle, const std::wstring& path)

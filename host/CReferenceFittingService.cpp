@@ -11,74 +11,40 @@ CReferenceFittingService::CReferenceFittingService(CHostContext& context) : m_rC
 
 CReferenceFittingService::~CReferenceFittingService() = default;
 
-QV::Result CReferenceFittingService::Known(QV::CHandle* avatar) const
-{
-    return m_rContext.Scene().Find(avatar) == nullptr ? QV::kInvalidArg : QV::kOk;
-}
-
 void CReferenceFittingService::RebuildAvatarConform(QV::Result& result, QV::CHandle* avatar, int flag,
                                                     const QV::CArrayList<QV::CHandle*>& list)
 {
-    if (m_rContext.Enter("RebuildAvatarConform", {m_rContext.Id(avatar), C::Number(flag), m_rContext.Ids(list)},
-                         result)) {
-        return;
-    }
-    result = Known(avatar);
+    m_rContext.EnterOn("RebuildAvatarConform", avatar, result, {C::Number(flag), m_rContext.Ids(list)});
 }
 
 QV::Result CReferenceFittingService::ResetAvatarPose(QV::CHandle* avatar, QV::CHandle* reference, int flags)
 {
     QV::Result result = QV::kOk;
-    if (m_rContext.Enter("ResetAvatarPose", {m_rContext.Id(avatar), m_rContext.Id(reference), C::Number(flags)},
-                         result)) {
-        return result;
-    }
-    return Known(avatar);
+    m_rContext.EnterOn("ResetAvatarPose", avatar, result, {m_rContext.Id(reference), C::Number(flags)});
+    return result;
 }
 
 void CReferenceFittingService::ListAvatarRigMeshNames(QV::Result& result, QV::CHandle* avatar,
                                                       QV::CArrayList<std::wstring>& names)
 {
-    if (m_rContext.Enter("ListAvatarRigMeshNames", {m_rContext.Id(avatar)}, result)) {
-        return;
+    if (const CSceneObject* object = m_rContext.EnterOn("ListAvatarRigMeshNames", avatar, result)) {
+        result = C::FillNames(object->m_kRigMeshNames, names);
     }
-    const CSceneObject* object = m_rContext.Scene().Find(avatar);
-    if (object == nullptr) {
-        result = QV::kInvalidArg;
-        return;
-    }
-    names.Clear();
-    for (const QString& name : object->m_kRigMeshNames) {
-        result = names.Add(name.toStdWString());
-        if (QV::Failed(result)) {
-            return;
-        }
-    }
-    result = QV::kOk;
 }
 
 void CReferenceFittingService::AdjustEyeOcclusion(QV::Result& result, QV::CHandle* avatar)
 {
-    if (m_rContext.Enter("AdjustEyeOcclusion", {m_rContext.Id(avatar)}, result)) {
-        return;
-    }
-    result = Known(avatar);
+    m_rContext.EnterOn("AdjustEyeOcclusion", avatar, result);
 }
 
 void CReferenceFittingService::AdjustEyeOcclusionBlend(QV::Result& result, QV::CHandle* avatar)
 {
-    if (m_rContext.Enter("AdjustEyeOcclusionBlend", {m_rContext.Id(avatar)}, result)) {
-        return;
-    }
-    result = Known(avatar);
+    m_rContext.EnterOn("AdjustEyeOcclusionBlend", avatar, result);
 }
 
 void CReferenceFittingService::AdjustTearline(QV::Result& result, QV::CHandle* avatar)
 {
-    if (m_rContext.Enter("AdjustTearline", {m_rContext.Id(avatar)}, result)) {
-        return;
-    }
-    result = Known(avatar);
+    m_rContext.EnterOn("AdjustTearline", avatar, result);
 }
 
 } // namespace Host

@@ -23,8 +23,6 @@ public:
     void AdjustTearline(QV::Result& result, QV::CHandle* avatar) override;
 
 private:
-    QV::Result Known(QV::CHandle* avatar) const;
-
     CHostContext& m_rContext;
 };
 

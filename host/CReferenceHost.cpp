@@ -39,14 +39,12 @@ CReferenceHost::~CReferenceHost() = default;
 
 CEventSender* CReferenceHost::GetEventSender()
 {
-    QV::Result injected = QV::kOk;
-    return m_pContext->Enter("GetEventSender", {}, injected) ? nullptr : m_pContext->EventSender();
+    return m_pContext->Enter("GetEventSender") ? nullptr : m_pContext->EventSender();
 }
 
 CFigmoraEventSender* CReferenceHost::GetFigmoraEventSender()
 {
-    QV::Result injected = QV::kOk;
-    return m_pContext->Enter("GetFigmoraEventSender", {}, injected) ? nullptr : m_pContext->FigmoraEventSender();
+    return m_pContext->Enter("GetFigmoraEventSender") ? nullptr : m_pContext->FigmoraEventSender();
 }
 
 CQueryService* CReferenceHost::Query()
@@ -153,6 +151,11 @@ void CReferenceHost::ClearFailures()
     m_pContext->Faults().ClearAll();
 }
 
+void CReferenceHost::SetCurrentStep(int index)
+{
+    m_pContext->SetStep(index);
+}
+
 void CReferenceHost::QueueMessageAnswer(int button)
 {
     m_pContext->QueuedAnswers().append(button);
@@ -179,14 +182,14 @@ QV::Result CReferenceHost::CheckIds(const QStringList& ids, QString& error) cons
     return QV::kOk;
 }
 
-CSceneObject* CReferenceHost::Object(const QString& id, QString& error)
+QV::Result CReferenceHost::SetObjectFlag(const QString& id, bool CSceneObject::*flag, bool value, QString& error)
 {
-    const int index = Scene().IndexOf(id);
-    if (index < 0) {
-        error = QStringLiteral("unknown object \"%1\"").arg(id);
-        return nullptr;
+    const QV::Result checked = CheckIds({id}, error);
+    if (QV::Failed(checked)) {
+        return checked;
     }
-    return &Scene().Object(index);
+    Scene().Object(Scene().IndexOf(id)).*flag = value;
+    return QV::kOk;
 }
 
 QV::Result CReferenceHost::SetSelection(const QStringList& ids, QString& error)
@@ -224,22 +227,12 @@ QV::Result CReferenceHost::SetCurrentAvatar(const QString& id, QString& error)
 
 QV::Result CReferenceHost::SetExpressionEditing(const QString& id, bool editing, QString& error)
 {
-    CSceneObject* object = Object(id, error);
-    if (object == nullptr) {
-        return QV::kInvalidArg;
-    }
-    object->m_bExpressionEditing = editing;
-    return QV::kOk;
+    return SetObjectFlag(id, &CSceneObject::m_bExpressionEditing, editing, error);
 }
 
 QV::Result CReferenceHost::SetBlendShapeEditing(const QString& id, bool editing, QString& error)
 {
-    CSceneObject* object = Object(id, error);
-    if (object == nullptr) {
-        return QV::kInvalidArg;
-    }
-    object->m_bBlendShapeEditing = editing;
-    return QV::kOk;
+    return SetObjectFlag(id, &CSceneObject::m_bBlendShapeEditing, editing, error);
 }
 
 void CReferenceHost::SetPlaying(bool playing)

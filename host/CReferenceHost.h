@@ -69,6 +69,9 @@ public:
     void ClearFailure(const QString& operation);
     void ClearFailures();
 
+    // The script step now running (-1: none), for the call log.
+    void SetCurrentStep(int index);
+
     void QueueMessageAnswer(int button);
     const QList<CMessageBoxRecord>& MessageBoxes() const;
     const QList<CPluginRegistration>& Registrations() const;
@@ -91,7 +94,7 @@ public:
 
 private:
     QV::Result CheckIds(const QStringList& ids, QString& error) const;
-    CSceneObject* Object(const QString& id, QString& error);
+    QV::Result SetObjectFlag(const QString& id, bool CSceneObject::*flag, bool value, QString& error);
 
     std::unique_ptr<CHostContext> m_pContext;
     std::unique_ptr<CReferenceQueryService> m_pQuery;

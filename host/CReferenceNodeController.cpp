@@ -14,14 +14,12 @@ CReferenceNodeController::~CReferenceNodeController() = default;
 
 void CReferenceNodeController::ResetController(int mode)
 {
-    QV::Result injected = QV::kOk;
-    m_rContext.Enter("ResetController", {m_strNodeId, CHostContext::Number(mode)}, injected);
+    m_rContext.Enter("ResetController", {m_strNodeId, CHostContext::Number(mode)});
 }
 
 void CReferenceNodeController::Release()
 {
-    QV::Result injected = QV::kOk;
-    m_rContext.Enter("Release", {m_strNodeId}, injected);
+    m_rContext.Enter("Release", {m_strNodeId});
     m_bReleased = true;
 }
 

@@ -11,11 +11,7 @@ CReferencePluginsService::~CReferencePluginsService() = default;
 
 bool CReferencePluginsService::IsPluginSupported()
 {
-    QV::Result injected = QV::kOk;
-    if (m_rContext.Enter("IsPluginSupported", {}, injected)) {
-        return false;
-    }
-    return m_rContext.Scene().State().m_bPluginSupported;
+    return !m_rContext.Enter("IsPluginSupported") && m_rContext.Scene().State().m_bPluginSupported;
 }
 
 } // namespace Host

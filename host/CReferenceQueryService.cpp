@@ -15,20 +15,12 @@ CReferenceQueryService::~CReferenceQueryService() = default;
 
 QWidget* CReferenceQueryService::GetMainWindow()
 {
-    QV::Result injected = QV::kOk;
-    if (m_rContext.Enter("GetMainWindow", {}, injected)) {
-        return nullptr;
-    }
-    return m_rContext.MainWindow();
+    return m_rContext.Enter("GetMainWindow") ? nullptr : m_rContext.MainWindow();
 }
 
 bool CReferenceQueryService::IsPlaying()
 {
-    QV::Result injected = QV::kOk;
-    if (m_rContext.Enter("IsPlaying", {}, injected)) {
-        return false;
-    }
-    return m_rContext.Scene().State().m_bPlaying;
+    return !m_rContext.Enter("IsPlaying") && m_rContext.Scene().State().m_bPlaying;
 }
 
 void CReferenceQueryService::GetSelectedObjects(QV::Result& result, QV::CArrayList<QV::CHandle*>& list, int flag)
@@ -36,71 +28,43 @@ void CReferenceQueryService::GetSelectedObjects(QV::Result& result, QV::CArrayLi
     if (m_rContext.Enter("GetSelectedObjects", {C::Number(flag)}, result)) {
         return;
     }
-    for (QV::CHandle* handle : m_rContext.HandlesOf(m_rContext.Scene().State().m_kSelection)) {
-        result = list.Add(handle);
-        if (QV::Failed(result)) {
-            return;
-        }
-    }
-    result = QV::kOk;
+    result = m_rContext.AppendHandles(m_rContext.Scene().State().m_kSelection, list);
 }
 
 void CReferenceQueryService::GetAvatarType(QV::Result& result, QV::CHandle* handle, int& type)
 {
-    if (m_rContext.Enter("GetAvatarType", {m_rContext.Id(handle)}, result)) {
-        return;
+    if (const CSceneObject* object = m_rContext.EnterOn("GetAvatarType", handle, result)) {
+        type = object->m_iAvatarType;
     }
-    const CSceneObject* object = m_rContext.Scene().Find(handle);
-    if (object == nullptr) {
-        result = QV::kInvalidArg;
-        return;
-    }
-    type = object->m_iAvatarType;
-    result = QV::kOk;
 }
 
 void CReferenceQueryService::GetObjectKind(QV::Result& result, QV::CHandle* handle, unsigned int& kind)
 {
-    if (m_rContext.Enter("GetObjectKind", {m_rContext.Id(handle)}, result)) {
-        return;
+    if (const CSceneObject* object = m_rContext.EnterOn("GetObjectKind", handle, result)) {
+        kind = object->m_uKind;
     }
-    const CSceneObject* object = m_rContext.Scene().Find(handle);
-    if (object == nullptr) {
-        result = QV::kInvalidArg;
-        return;
-    }
-    kind = object->m_uKind;
-    result = QV::kOk;
 }
 
 bool CReferenceQueryService::HasNodeType(QV::CHandle* handle)
 {
-    QV::Result injected = QV::kOk;
-    if (m_rContext.Enter("HasNodeType", {m_rContext.Id(handle)}, injected)) {
-        return false;
-    }
-    const CSceneObject* object = m_rContext.Scene().Find(handle);
-    return object != nullptr && object->m_bHasNodeType;
+    return ObjectFlag("HasNodeType", handle, &CSceneObject::m_bHasNodeType);
 }
 
 bool CReferenceQueryService::IsExpressionEditing(QV::CHandle* handle)
 {
-    QV::Result injected = QV::kOk;
-    if (m_rContext.Enter("IsExpressionEditing", {m_rContext.Id(handle)}, injected)) {
-        return false;
-    }
-    const CSceneObject* object = m_rContext.Scene().Find(handle);
-    return object != nullptr && object->m_bExpressionEditing;
+    return ObjectFlag("IsExpressionEditing", handle, &CSceneObject::m_bExpressionEditing);
 }
 
-QV::Result CReferenceQueryService::AppendDescendantsOfType(QV::CHandle* handle, int nodeType,
+bool CReferenceQueryService::ObjectFlag(const char* operation, QV::CHandle* handle, bool CSceneObject::*flag)
+{
+    const CSceneObject* object = m_rContext.EnterOn(operation, handle);
+    return object != nullptr && object->*flag;
+}
+
+QV::Result CReferenceQueryService::AppendDescendantsOfType(const CSceneObject& object, int nodeType,
                                                            QV::CArrayList<QV::CHandle*>& list)
 {
-    const CSceneObject* object = m_rContext.Scene().Find(handle);
-    if (object == nullptr) {
-        return QV::kInvalidArg;
-    }
-    for (const QString& id : m_rContext.Scene().Descendants(object->m_strId)) {
+    for (const QString& id : m_rContext.Scene().Descendants(object.m_strId)) {
         const CSceneObject* child = m_rContext.Scene().Find(id);
         if (child->m_bHasNodeType && child->m_iNodeType == nodeType) {
             const QV::Result added = list.Add(m_rContext.Scene().HandleOf(id));
@@ -115,68 +79,34 @@ QV::Result CReferenceQueryService::AppendDescendantsOfType(QV::CHandle* handle, 
 void CReferenceQueryService::CollectChildObjects(QV::Result& result, QV::CHandle* parent, int typeCode, int flag,
                                                  QV::CArrayList<QV::CHandle*>& list)
 {
-    if (m_rContext.Enter("CollectChildObjects",
-                         {m_rContext.Id(parent), C::Number(typeCode), C::Number(flag)}, result)) {
-        return;
+    if (const CSceneObject* object =
+            m_rContext.EnterOn("CollectChildObjects", parent, result, {C::Number(typeCode), C::Number(flag)})) {
+        result = AppendDescendantsOfType(*object, typeCode, list);
     }
-    result = AppendDescendantsOfType(parent, typeCode, list);
 }
 
 std::wstring CReferenceQueryService::HandleName(QV::Result& result, QV::CHandle* handle)
 {
-    if (m_rContext.Enter("HandleName", {m_rContext.Id(handle)}, result)) {
-        return std::wstring();
-    }
-    const CSceneObject* object = m_rContext.Scene().Find(handle);
-    if (object == nullptr) {
-        result = QV::kInvalidArg;
-        return std::wstring();
-    }
-    result = QV::kOk;
-    return object->m_strName.toStdWString();
+    const CSceneObject* object = m_rContext.EnterOn("HandleName", handle, result);
+    return object == nullptr ? std::wstring() : object->m_strName.toStdWString();
 }
 
 QV::CHandle* CReferenceQueryService::GetOwningCharacter(QV::CHandle* handle)
 {
-    QV::Result injected = QV::kOk;
-    if (m_rContext.Enter("GetOwningCharacter", {m_rContext.Id(handle)}, injected)) {
-        return nullptr;
-    }
-    const CSceneObject* object = m_rContext.Scene().Find(handle);
-    if (object == nullptr) {
-        return nullptr;
-    }
-    return m_rContext.Scene().HandleOf(m_rContext.Scene().OwningCharacter(object->m_strId));
+    const CSceneObject* object = m_rContext.EnterOn("GetOwningCharacter", handle);
+    return object == nullptr ? nullptr : m_rContext.Scene().HandleOf(m_rContext.Scene().OwningCharacter(object->m_strId));
 }
 
 void CReferenceQueryService::GetLodMeshes(QV::Result& result, QV::CHandle* handle, QV::CArrayList<std::wstring>& names)
 {
-    if (m_rContext.Enter("GetLodMeshes", {m_rContext.Id(handle)}, result)) {
-        return;
+    if (const CSceneObject* object = m_rContext.EnterOn("GetLodMeshes", handle, result)) {
+        result = C::FillNames(object->m_kLodMeshes, names);
     }
-    const CSceneObject* object = m_rContext.Scene().Find(handle);
-    if (object == nullptr) {
-        result = QV::kInvalidArg;
-        return;
-    }
-    names.Clear();
-    for (const QString& name : object->m_kLodMeshes) {
-        result = names.Add(name.toStdWString());
-        if (QV::Failed(result)) {
-            return;
-        }
-    }
-    result = QV::kOk;
 }
 
 bool CReferenceQueryService::IsGoZPolygonSupported(QV::CHandle* handle)
 {
-    QV::Result injected = QV::kOk;
-    if (m_rContext.Enter("IsGoZPolygonSupported", {m_rContext.Id(handle)}, injected)) {
-        return false;
-    }
-    const CSceneObject* object = m_rContext.Scene().Find(handle);
-    return object != nullptr && object->m_bPolygonSupported;
+    return ObjectFlag("IsGoZPolygonSupported", handle, &CSceneObject::m_bPolygonSupported);
 }
 
 void CReferenceQueryService::ListSceneObjectsOfKind(QV::Result& result, QV::CHandle* root, int kind,
@@ -200,29 +130,24 @@ void CReferenceQueryService::ListSceneObjectsOfKind(QV::Result& result, QV::CHan
         }
         ids = scene.Descendants(object->m_strId);
     }
+    QStringList ofKind;
     for (const QString& id : ids) {
         if (scene.Find(id)->m_uKind == static_cast<unsigned int>(kind)) {
-            result = list.Add(scene.HandleOf(id));
-            if (QV::Failed(result)) {
-                return;
-            }
+            ofKind << id;
         }
     }
-    result = QV::kOk;
+    result = m_rContext.AppendHandles(ofKind, list);
 }
 
 QV::CArrayList<QV::CHandle*> CReferenceQueryService::GetObjectMeshes(QV::CHandle* handle)
 {
-    QV::Result injected = QV::kOk;
-    if (m_rContext.Enter("GetObjectMeshes", {m_rContext.Id(handle)}, injected)) {
-        return {};
-    }
-    const CSceneObject* object = m_rContext.Scene().Find(handle);
+    const CSceneObject* object = m_rContext.EnterOn("GetObjectMeshes", handle);
     return object == nullptr ? QV::CArrayList<QV::CHandle*>() : m_rContext.HandlesOf(object->m_kMeshes);
 }
 
 int CReferenceQueryService::GetObjectType(QV::CHandle* handle)
 {
+    // Unlike the other answers, an injected failure comes back as the type itself.
     QV::Result injected = QV::kOk;
     if (m_rContext.Enter("GetObjectType", {m_rContext.Id(handle)}, injected)) {
         return injected;
@@ -233,11 +158,7 @@ int CReferenceQueryService::GetObjectType(QV::CHandle* handle)
 
 QV::CHandle* CReferenceQueryService::GetParentObject(QV::CHandle* handle)
 {
-    QV::Result injected = QV::kOk;
-    if (m_rContext.Enter("GetParentObject", {m_rContext.Id(handle)}, injected)) {
-        return nullptr;
-    }
-    const CSceneObject* object = m_rContext.Scene().Find(handle);
+    const CSceneObject* object = m_rContext.EnterOn("GetParentObject", handle);
     return object == nullptr ? nullptr : m_rContext.Scene().HandleOf(object->m_strParent);
 }
 
@@ -255,81 +176,49 @@ void CReferenceQueryService::GetPickedObjects(QV::Result& result, QV::CArrayList
     if (m_rContext.Enter("GetPickedObjects", {C::Number(flag)}, result)) {
         return;
     }
-    for (QV::CHandle* handle : m_rContext.HandlesOf(m_rContext.Scene().PickedIds())) {
-        result = list.Add(handle);
-        if (QV::Failed(result)) {
-            return;
-        }
-    }
-    result = QV::kOk;
+    result = m_rContext.AppendHandles(m_rContext.Scene().PickedIds(), list);
 }
 
 void CReferenceQueryService::GetPickOwner(QV::Result& result, QV::CHandle* pick, int flag, QV::CHandle*& owner)
 {
-    if (m_rContext.Enter("GetPickOwner", {m_rContext.Id(pick), C::Number(flag)}, result)) {
-        return;
+    if (const CSceneObject* object = m_rContext.EnterOn("GetPickOwner", pick, result, {C::Number(flag)})) {
+        owner = object->m_strPickOwner.isEmpty() ? pick : m_rContext.Scene().HandleOf(object->m_strPickOwner);
     }
-    const CSceneObject* object = m_rContext.Scene().Find(pick);
-    if (object == nullptr) {
-        result = QV::kInvalidArg;
-        return;
-    }
-    owner = object->m_strPickOwner.isEmpty() ? pick : m_rContext.Scene().HandleOf(object->m_strPickOwner);
-    result = QV::kOk;
 }
 
 void CReferenceQueryService::GetNodeType(QV::Result& result, QV::CHandle* handle, int& type)
 {
-    if (m_rContext.Enter("GetNodeType", {m_rContext.Id(handle)}, result)) {
-        return;
+    if (const CSceneObject* object = m_rContext.EnterOn("GetNodeType", handle, result)) {
+        type = object->m_bHasNodeType ? object->m_iNodeType : 0;
     }
-    const CSceneObject* object = m_rContext.Scene().Find(handle);
-    if (object == nullptr) {
-        result = QV::kInvalidArg;
-        return;
-    }
-    type = object->m_bHasNodeType ? object->m_iNodeType : 0;
-    result = QV::kOk;
 }
 
 void CReferenceQueryService::FindRelatedObjects(QV::Result& result, QV::CHandle* handle, int nodeType, int flag,
                                                 QV::CArrayList<QV::CHandle*>& list)
 {
-    if (m_rContext.Enter("FindRelatedObjects", {m_rContext.Id(handle), C::Number(nodeType), C::Number(flag)},
-                         result)) {
-        return;
+    if (const CSceneObject* object =
+            m_rContext.EnterOn("FindRelatedObjects", handle, result, {C::Number(nodeType), C::Number(flag)})) {
+        result = AppendDescendantsOfType(*object, nodeType, list);
     }
-    result = AppendDescendantsOfType(handle, nodeType, list);
+}
+
+void CReferenceQueryService::AppendMeshes(const char* operation, QV::CArrayList<QV::CHandle*>& list,
+                                          QV::CHandle* handle)
+{
+    // These listings have no result: a failing add leaves the list short.
+    if (const CSceneObject* object = m_rContext.EnterOn(operation, handle)) {
+        m_rContext.AppendHandles(object->m_kMeshes, list);
+    }
 }
 
 void CReferenceQueryService::ListMeshObjects(QV::CArrayList<QV::CHandle*>& list, QV::CHandle* handle)
 {
-    QV::Result injected = QV::kOk;
-    if (m_rContext.Enter("ListMeshObjects", {m_rContext.Id(handle)}, injected)) {
-        return;
-    }
-    const CSceneObject* object = m_rContext.Scene().Find(handle);
-    if (object == nullptr) {
-        return;
-    }
-    for (QV::CHandle* mesh : m_rContext.HandlesOf(object->m_kMeshes)) {
-        list.Add(mesh);
-    }
+    AppendMeshes("ListMeshObjects", list, handle);
 }
 
 void CReferenceQueryService::ListMeshObjectsType6(QV::CArrayList<QV::CHandle*>& list, QV::CHandle* handle)
 {
-    QV::Result injected = QV::kOk;
-    if (m_rContext.Enter("ListMeshObjectsType6", {m_rContext.Id(handle)}, injected)) {
-        return;
-    }
-    const CSceneObject* object = m_rContext.Scene().Find(handle);
-    if (object == nullptr) {
-        return;
-    }
-    for (QV::CHandle* mesh : m_rContext.HandlesOf(object->m_kMeshes)) {
-        list.Add(mesh);
-    }
+    AppendMeshes("ListMeshObjectsType6", list, handle);
 }
 
 std::wstring CReferenceQueryService::MakeUniqueName(QV::Result& result, QV::CHandle* handle,
@@ -373,54 +262,30 @@ std::wstring CReferenceQueryService::MakeUniqueName(QV::Result& result, QV::CHan
 
 bool CReferenceQueryService::IsSkinSplitSupported(QV::CHandle* avatar)
 {
-    QV::Result injected = QV::kOk;
-    if (m_rContext.Enter("IsSkinSplitSupported", {m_rContext.Id(avatar)}, injected)) {
-        return false;
-    }
-    return m_rContext.Scene().State().m_bSkinSplitSupported;
+    return !m_rContext.Enter("IsSkinSplitSupported", {m_rContext.Id(avatar)}) &&
+           m_rContext.Scene().State().m_bSkinSplitSupported;
 }
 
 bool CReferenceQueryService::IsBindPoseLocked(QV::CHandle* parent)
 {
-    QV::Result injected = QV::kOk;
-    if (m_rContext.Enter("IsBindPoseLocked", {m_rContext.Id(parent)}, injected)) {
-        return false;
-    }
-    const CSceneObject* object = m_rContext.Scene().Find(parent);
-    return object != nullptr && object->m_bBindPoseLocked;
+    return ObjectFlag("IsBindPoseLocked", parent, &CSceneObject::m_bBindPoseLocked);
 }
 
 bool CReferenceQueryService::IsBlendShapeEditing(QV::CHandle* avatar)
 {
-    QV::Result injected = QV::kOk;
-    if (m_rContext.Enter("IsBlendShapeEditing", {m_rContext.Id(avatar)}, injected)) {
-        return false;
-    }
-    const CSceneObject* object = m_rContext.Scene().Find(avatar);
-    return object != nullptr && object->m_bBlendShapeEditing;
+    return ObjectFlag("IsBlendShapeEditing", avatar, &CSceneObject::m_bBlendShapeEditing);
 }
 
 void CReferenceQueryService::GetBoundNode(QV::Result& result, QV::CHandle* handle, int flag, QV::CHandle*& node)
 {
-    if (m_rContext.Enter("GetBoundNode", {m_rContext.Id(handle), C::Number(flag)}, result)) {
-        return;
+    if (const CSceneObject* object = m_rContext.EnterOn("GetBoundNode", handle, result, {C::Number(flag)})) {
+        node = m_rContext.Scene().HandleOf(object->m_strBoundNode);
     }
-    const CSceneObject* object = m_rContext.Scene().Find(handle);
-    if (object == nullptr) {
-        result = QV::kInvalidArg;
-        return;
-    }
-    node = m_rContext.Scene().HandleOf(object->m_strBoundNode);
-    result = QV::kOk;
 }
 
 CNodeController* CReferenceQueryService::GetNodeController(QV::CHandle* node)
 {
-    QV::Result injected = QV::kOk;
-    if (m_rContext.Enter("GetNodeController", {m_rContext.Id(node)}, injected)) {
-        return nullptr;
-    }
-    const CSceneObject* object = m_rContext.Scene().Find(node);
+    const CSceneObject* object = m_rContext.EnterOn("GetNodeController", node);
     // Only spring and physics nodes carry a runtime controller.
     if (object == nullptr || !object->m_bHasNodeType || (object->m_iNodeType != 51 && object->m_iNodeType != 52)) {
         return nullptr;
@@ -430,39 +295,28 @@ CNodeController* CReferenceQueryService::GetNodeController(QV::CHandle* node)
 
 bool CReferenceQueryService::ShouldSkipReceiveDialog(QV::CHandle* avatar)
 {
-    QV::Result injected = QV::kOk;
-    if (m_rContext.Enter("ShouldSkipReceiveDialog", {m_rContext.Id(avatar)}, injected)) {
-        return false;
-    }
-    const CSceneObject* object = m_rContext.Scene().Find(avatar);
-    return object != nullptr && object->m_bSkipReceiveDialog;
+    return ObjectFlag("ShouldSkipReceiveDialog", avatar, &CSceneObject::m_bSkipReceiveDialog);
 }
 
 QV::Result CReferenceQueryService::AdjustEyeElement(QV::CHandle* avatar, int type)
 {
     QV::Result result = QV::kOk;
-    if (m_rContext.Enter("AdjustEyeElement", {m_rContext.Id(avatar), C::Number(type)}, result)) {
-        return result;
-    }
-    return m_rContext.Scene().Find(avatar) == nullptr ? QV::kInvalidArg : QV::kOk;
+    m_rContext.EnterOn("AdjustEyeElement", avatar, result, {C::Number(type)});
+    return result;
 }
 
 QV::Result CReferenceQueryService::AutoRigAvatar(QV::CHandle* avatar, int flag)
 {
     QV::Result result = QV::kOk;
-    if (m_rContext.Enter("AutoRigAvatar", {m_rContext.Id(avatar), C::Number(flag)}, result)) {
-        return result;
-    }
-    return m_rContext.Scene().Find(avatar) == nullptr ? QV::kInvalidArg : QV::kOk;
+    m_rContext.EnterOn("AutoRigAvatar", avatar, result, {C::Number(flag)});
+    return result;
 }
 
 QV::Result CReferenceQueryService::UpdateAvatarAfterGoZ(QV::CHandle* avatar)
 {
     QV::Result result = QV::kOk;
-    if (m_rContext.Enter("UpdateAvatarAfterGoZ", {m_rContext.Id(avatar)}, result)) {
-        return result;
-    }
-    return m_rContext.Scene().Find(avatar) == nullptr ? QV::kInvalidArg : QV::kOk;
+    m_rContext.EnterOn("UpdateAvatarAfterGoZ", avatar, result);
+    return result;
 }
 
 void CReferenceQueryService::FinishGoZImport(QV::Result& result, QV::CHandle* avatar,
@@ -476,30 +330,16 @@ void CReferenceQueryService::FinishGoZImport(QV::Result& result, QV::CHandle* av
 
 void CReferenceQueryService::GetMaterialCount(QV::Result& result, QV::CHandle* handle, int& count)
 {
-    if (m_rContext.Enter("GetMaterialCount", {m_rContext.Id(handle)}, result)) {
-        return;
+    if (const CSceneObject* object = m_rContext.EnterOn("GetMaterialCount", handle, result)) {
+        count = object->m_iMaterials;
     }
-    const CSceneObject* object = m_rContext.Scene().Find(handle);
-    if (object == nullptr) {
-        result = QV::kInvalidArg;
-        return;
-    }
-    count = object->m_iMaterials;
-    result = QV::kOk;
 }
 
 void CReferenceQueryService::GetTextureSize(QV::Result& result, QV::CHandle* handle, int channel, int& size)
 {
-    if (m_rContext.Enter("GetTextureSize", {m_rContext.Id(handle), C::Number(channel)}, result)) {
-        return;
+    if (const CSceneObject* object = m_rContext.EnterOn("GetTextureSize", handle, result, {C::Number(channel)})) {
+        size = object->m_kTextureSizes.value(channel, 0);
     }
-    const CSceneObject* object = m_rContext.Scene().Find(handle);
-    if (object == nullptr) {
-        result = QV::kInvalidArg;
-        return;
-    }
-    size = object->m_kTextureSizes.value(channel, 0);
-    result = QV::kOk;
 }
 
 } // namespace Host

@@ -6,6 +6,7 @@ namespace MV {
 namespace Host {
 
 class CHostContext;
+struct CSceneObject;
 
 // Scene queries of the reference host, answered from the scene.
 class CReferenceQueryService : public CQueryService
@@ -56,8 +57,12 @@ public:
     void GetTextureSize(QV::Result& result, QV::CHandle* handle, int channel, int& size) override;
 
 private:
-    // Appends the descendants of handle whose node type is nodeType.
-    QV::Result AppendDescendantsOfType(QV::CHandle* handle, int nodeType, QV::CArrayList<QV::CHandle*>& list);
+    // Appends the descendants of object whose node type is nodeType.
+    QV::Result AppendDescendantsOfType(const CSceneObject& object, int nodeType, QV::CArrayList<QV::CHandle*>& list);
+    // A flag of the object; false when the call fails or the handle is unknown.
+    bool ObjectFlag(const char* operation, QV::CHandle* handle, bool CSceneObject::*flag);
+    // The two mesh listings differ only in name.
+    void AppendMeshes(const char* operation, QV::CArrayList<QV::CHandle*>& list, QV::CHandle* handle);
 
     CHostContext& m_rContext;
 };

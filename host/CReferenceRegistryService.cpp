@@ -13,8 +13,7 @@ CReferenceRegistryService::~CReferenceRegistryService() = default;
 
 void CReferenceRegistryService::RegisterPluginValue(QObject* plugin, quint64 value)
 {
-    QV::Result injected = QV::kOk;
-    if (m_rContext.Enter("RegisterPluginValue", {C::ClassName(plugin), QString::number(value)}, injected)) {
+    if (m_rContext.Enter("RegisterPluginValue", {C::ClassName(plugin), QString::number(value)})) {
         return;
     }
     m_rContext.Registrations().append(CPluginRegistration{C::ClassName(plugin), value});

@@ -54,11 +54,8 @@ void CReferenceUiService::SelectObjects(QV::Result& result, const QV::CArrayList
 
 bool CReferenceUiService::ReadyForCommand(int a, int b)
 {
-    QV::Result injected = QV::kOk;
-    if (m_rContext.Enter("ReadyForCommand", {C::Number(a), C::Number(b)}, injected)) {
-        return false;
-    }
-    return m_rContext.Scene().State().m_bReadyForCommand;
+    return !m_rContext.Enter("ReadyForCommand", {C::Number(a), C::Number(b)}) &&
+           m_rContext.Scene().State().m_bReadyForCommand;
 }
 
 void CReferenceUiService::RecordUsageStep(QV::Result& result, const QString& tag, const std::wstring& text, int id)

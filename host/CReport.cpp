@@ -125,6 +125,17 @@ void CReport::CaptureHost(const CReferenceHost& host)
         if (record.m_bInjected) {
             entry.insert(QStringLiteral("injected"), Hex(record.m_iInjectedResult));
         }
+        if (record.m_iStep >= 0) {
+            entry.insert(QStringLiteral("step"), record.m_iStep);
+        }
+        if (!record.m_kWrites.isEmpty()) {
+            QJsonArray writes;
+            for (const CFileWrite& write : record.m_kWrites) {
+                writes.append(QJsonObject{{QStringLiteral("path"), write.m_strPath},
+                                          {QStringLiteral("replaced"), write.m_bReplaced}});
+            }
+            entry.insert(QStringLiteral("wrote"), writes);
+        }
         m_kCallLog.append(entry);
     }
     m_kMessageBoxes = QJsonArray();

@@ -104,9 +104,12 @@ void CScriptRunner::RunStep(const CScriptStep& step)
     m_rReport.SetStep(step.m_iIndex, record);
     const int previous = m_iCurrentStep;
     m_iCurrentStep = step.m_iIndex;
+    m_rHost.SetCurrentStep(step.m_iIndex);
     QJsonObject detail;
     const QString error = Execute(step, detail);
+    // A step that ran inside a dialog's loop hands back to the step that opened it.
     m_iCurrentStep = previous;
+    m_rHost.SetCurrentStep(previous);
     if (!detail.isEmpty()) {
         record.insert(QStringLiteral("detail"), detail);
     }
@@ -207,10 +210,17 @@ QString CScriptRunner::Execute(const CScriptStep& step, QJsonObject& detail)
             detail.insert(QStringLiteral("clicked"), m_strLastClicked);
             button->click();
         } else if (name == QLatin1String("set_checked")) {
+            detail.insert(QStringLiteral("widget"), text("widget"));
+            detail.insert(QStringLiteral("checked"), flag("checked", false));
             error = CWidgetDriver::SetChecked(root, text("widget"), flag("checked", false));
         } else if (name == QLatin1String("set_combo_index")) {
+            detail.insert(QStringLiteral("widget"), text("widget"));
+            detail.insert(QStringLiteral("index"), number("index", 0));
             error = CWidgetDriver::SetComboIndex(root, text("widget"), number("index", 0));
         } else if (name == QLatin1String("table_combo_choose")) {
+            for (const char* key : {"table", "row", "column", "text"}) {
+                detail.insert(QLatin1String(key), args.value(QLatin1String(key)));
+            }
             error = CWidgetDriver::TableComboChoose(root, text("table"), number("row", 0), number("column", 0),
                                                     text("text"));
         } else if (name == QLatin1String("dump_dialog")) {

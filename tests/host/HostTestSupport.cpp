@@ -5,7 +5,7 @@
 
 #include <QJsonArray>
 
-#include <gtest/gtest.h>
+#include <cctype>
 
 namespace MV {
 namespace Host {
@@ -36,6 +36,29 @@ const char* const kBasicScene = R"({
     "extra_mesh_names": ["FM_Base_Upper_Teeth", "FM_Base_Lower_Teeth"],
     "registry": {"SOFTWARE\\Quorvane\\Figmora\\4.0": {"Main Program": "C:\\Program Files\\Figmora\\Figmora.exe"}}
 })";
+
+namespace {
+
+std::string Identifier(const char* text)
+{
+    std::string name;
+    for (const char* c = text; *c != '\0' && name.size() < 56; ++c) {
+        name += std::isalnum(static_cast<unsigned char>(*c)) ? *c : '_';
+    }
+    return name;
+}
+
+} // namespace
+
+std::string BadInputName(const ::testing::TestParamInfo<CBadInput>& info)
+{
+    return "c" + std::to_string(info.index) + "_" + Identifier(info.param.m_szError);
+}
+
+void PrintTo(const CBadInput& item, std::ostream* out)
+{
+    *out << Identifier(item.m_szError);
+}
 
 std::unique_ptr<CScene> ParseScene(const QByteArray& json)
 {

@@ -10,8 +10,11 @@
 #include <QString>
 #include <QStringList>
 
+#include <gtest/gtest.h>
+
 #include <memory>
 #include <ostream>
+#include <string>
 
 // Readable failure messages for Qt strings.
 QT_BEGIN_NAMESPACE
@@ -31,6 +34,17 @@ namespace Test {
 
 // A character with face parts and hair, three props, a spring node and a non-ASCII name.
 extern const char* const kBasicScene;
+
+// A malformed input of a table-driven parser test and a piece of the message it must give.
+struct CBadInput
+{
+    const char* m_szJson;
+    const char* m_szError;
+};
+
+// Names each case by its position and expected message, so that test names stay stable and unique.
+std::string BadInputName(const ::testing::TestParamInfo<CBadInput>& info);
+void PrintTo(const CBadInput& item, std::ostream* out);
 
 // The scene, or null after reporting the parse error as a test failure.
 std::unique_ptr<CScene> ParseScene(const QByteArray& json);

@@ -27,12 +27,27 @@ std::unique_ptr<CReferenceHost> NewHost(const char* scene = MV::Host::Test::kBas
     return parsed ? std::make_unique<CReferenceHost>(std::move(parsed)) : nullptr;
 }
 
-TEST(hostPluginHost, LoadsAPluginAndHandsItsMenusAndToolBarsToTheMainWindow)
+// A host over the basic scene and a plug-in host that expects the fake plug-in's class.
+class hostPluginHost : public ::testing::Test
 {
-    auto host = NewHost();
-    ASSERT_TRUE(host);
-    CPluginHost plugins(*host);
-    plugins.SetExpectedClassName(QStringLiteral("CFakePlugin"));
+protected:
+    void SetUp() override
+    {
+        m_pHost = NewHost();
+        ASSERT_TRUE(m_pHost);
+        m_pPlugins = std::make_unique<CPluginHost>(*m_pHost);
+        m_pPlugins->SetExpectedClassName(QStringLiteral("CFakePlugin"));
+    }
+
+    // Declared after the host: the plug-in host unloads through it when it goes.
+    std::unique_ptr<CReferenceHost> m_pHost;
+    std::unique_ptr<CPluginHost> m_pPlugins;
+};
+
+TEST_F(hostPluginHost, LoadsAPluginAndHandsItsMenusAndToolBarsToTheMainWindow)
+{
+    CReferenceHost* host = m_pHost.get();
+    CPluginHost& plugins = *m_pPlugins;
     plugins.SetSecondPath(QStringLiteral("second"));
     const QString path = QStringLiteral(MVGOZ_FAKE_PLUGIN);
     ASSERT_EQ(QV::kOk, plugins.Load(path)) << plugins.Errors().join(QStringLiteral("; ")).toStdString();
@@ -76,7 +91,7 @@ struct CRefusal
     const char* m_szError;
 };
 
-TEST(hostPluginHost, RefusesModulesItMustNotLoadAndSaysWhy)
+TEST_F(hostPluginHost, RefusesModulesItMustNotLoadAndSaysWhy)
 {
     QTemporaryDir scratch;
     ASSERT_TRUE(scratch.isValid());
@@ -121,12 +136,10 @@ TEST(hostPluginHost, RefusesModulesItMustNotLoadAndSaysWhy)
     }
 }
 
-TEST(hostPluginHost, UnloadDeletesThePluginAndCutsItsConnections)
+TEST_F(hostPluginHost, UnloadDeletesThePluginAndCutsItsConnections)
 {
-    auto host = NewHost();
-    ASSERT_TRUE(host);
-    CPluginHost plugins(*host);
-    plugins.SetExpectedClassName(QStringLiteral("CFakePlugin"));
+    CReferenceHost* host = m_pHost.get();
+    CPluginHost& plugins = *m_pPlugins;
     ASSERT_EQ(QV::kOk, plugins.Load(QStringLiteral(MVGOZ_FAKE_PLUGIN)));
     QPointer<QObject> first = plugins.Instance();
     QPointer<QToolBar> toolBar = plugins.ToolBars().first();
@@ -152,12 +165,9 @@ TEST(hostPluginHost, UnloadDeletesThePluginAndCutsItsConnections)
     EXPECT_EQ(1, plugins.Instance()->property("played").toInt());
 }
 
-TEST(hostPluginHost, RefusesASecondModuleWhileOneIsLoaded)
+TEST_F(hostPluginHost, RefusesASecondModuleWhileOneIsLoaded)
 {
-    auto host = NewHost();
-    ASSERT_TRUE(host);
-    CPluginHost plugins(*host);
-    plugins.SetExpectedClassName(QStringLiteral("CFakePlugin"));
+    CPluginHost& plugins = *m_pPlugins;
     ASSERT_EQ(QV::kOk, plugins.Load(QStringLiteral(MVGOZ_FAKE_PLUGIN)));
     EXPECT_EQ(QV::kFail, plugins.Load(QStringLiteral(MVGOZ_FAKE_PLUGIN)));
     EXPECT_TRUE(plugins.IsLoaded());

@@ -131,7 +131,15 @@ TEST(hostReport, ARunSessionReportsEverythingItSaw)
         operations << call.toObject().value(QStringLiteral("operation")).toString();
     }
     EXPECT_EQ(QStringLiteral("IsPluginSupported"), operations.value(0));
-    EXPECT_TRUE(operations.contains(QStringLiteral("ExportGoZ")));
+    const QJsonArray calls = json.value(QStringLiteral("call_log")).toArray();
+    EXPECT_FALSE(calls.first().toObject().contains(QStringLiteral("step"))) << "loading runs before any step";
+    const int exportAt = operations.indexOf(QStringLiteral("ExportGoZ"));
+    ASSERT_GE(exportAt, 0);
+    const QJsonObject exportCall = calls.at(exportAt).toObject();
+    EXPECT_EQ(1, exportCall.value(QStringLiteral("step")).toInt(-1));
+    EXPECT_EQ(QJsonArray({QJsonObject{{QStringLiteral("path"), QStringLiteral("C:/Users/Public/Pixologic/GoZProjects/Default/Box.goz")},
+                                      {QStringLiteral("replaced"), false}}}),
+              exportCall.value(QStringLiteral("wrote")).toArray());
     EXPECT_EQ(QStringLiteral("Fake: exported 1"),
               json.value(QStringLiteral("message_boxes")).toArray().first().toObject().value(QStringLiteral("text")).toString());
     EXPECT_EQ(1, json.value(QStringLiteral("processes")).toArray().size());
@@ -222,11 +230,11 @@ TEST(hostReport, TheNarrativeFollowsTheReport)
              "  - the hero: enabled: GoZ (qtGoZAction)\n",
              "  - nothing selected: no command is enabled\n",
              "GoZ_Config.txt (40 bytes): PATH = \"C:\\Apps\\Figmora.exe\"",
-             "    | Hero | Create (fixed) | \n",
-             "  Buttons: qtGoZButton (disabled)\n",
-             "  Groups: qtSplitGroup (disabled)\n",
-             "  Options: [x] qtSkinCheck, [ ] qtLegCheck (disabled)\n",
-             "At step 5 the demo pressed qtCancelButton in \"FMtoZBrushDlg\".",
+             "Step 5:\n  Dialog \"FMtoZBrushDlg\" (GoZ) at step 3:\n    Table qtTable, 1 row(s):\n      Hero | Create (fixed) |\n",
+             "    Buttons: qtGoZButton (disabled)\n",
+             "    Disabled groups: qtSplitGroup\n",
+             "    Checked: qtSkinCheck; 1 other option(s) unchecked (disabled: qtLegCheck)\n",
+             "  At step 5 the demo pressed qtCancelButton in \"FMtoZBrushDlg\".",
              "GoZProjects/Default/Hero.goz (12 bytes)",
              "  - GoZMakeObjectPath.exe, offered C:/Users/Public/Pixologic/GoZProjects/Default/Hero\n",
              "  - \"[MVGoZBursh] Lod mesh will remove.\"",
@@ -235,6 +243,77 @@ TEST(hostReport, TheNarrativeFollowsTheReport)
         EXPECT_TRUE(text.contains(QString::fromUtf8(expected))) << "missing: " << expected << "\n" << text.toStdString();
     }
     EXPECT_FALSE(text.contains(QStringLiteral("qtHidden"))) << "hidden widgets are not told";
+}
+
+TEST(hostReport, TheNarrativeTellsEachSendAndWhatBecameOfEarlierFiles)
+{
+    const QJsonObject report = QJsonDocument::fromJson(R"json({
+        "ok": true,
+        "plugin": {"path": "/p/MVGoZBrush.so", "loaded": true, "initialize_result": "0x00000000"},
+        "steps": [
+            {"index": 0, "step": "dump_dialog", "status": "ok"},
+            {"index": 1, "step": "click", "status": "ok", "comment": "first",
+             "detail": {"dialog": "FMtoZBrushDlg", "clicked": "qtGoZButton"}},
+            {"index": 2, "step": "wait_processes", "status": "ok", "detail": {"found": 2}},
+            {"index": 3, "step": "dump_dialog", "status": "ok"},
+            {"index": 4, "step": "table_combo_choose", "status": "ok",
+             "detail": {"table": "qtTable", "row": 0, "column": 1, "text": "Relink"}},
+            {"index": 5, "step": "click", "status": "ok", "detail": {"dialog": "FMtoZBrushDlg", "clicked": "qtGoZButton"}},
+            {"index": 6, "step": "wait_processes", "status": "ok", "detail": {"found": 4}},
+            {"index": 7, "step": "click", "status": "ok", "detail": {"dialog": "FMtoZBrushDlg", "clicked": "qtCancelButton"}}],
+        "dialog_dumps": [
+            {"step": 0, "dialog": "FMtoZBrushDlg", "widgets": [{"name": "qtTable", "visible": true, "rows": 1,
+             "headers": ["Mesh", "Action", "Note"], "cells": [["Hero", {"text": "Create", "enabled": false}, ""]]}]},
+            {"step": 3, "dialog": "FMtoZBrushDlg", "widgets": [{"name": "qtTable", "visible": true, "rows": 1,
+             "cells": [["Hero", {"text": "Create", "enabled": true, "items": ["Create", "Relink"]}, "renamed"]]}]}],
+        "call_log": [
+            {"operation": "ShowMessageBox", "args": ["Lod"], "step": 1},
+            {"operation": "ExportGoZ", "args": ["hero"], "step": 1,
+             "wrote": [{"path": "C:/Users/Public/Pixologic/GoZProjects/Default/Hero.goz", "replaced": false},
+                       {"path": "C:/Users/Public/Pixologic/GoZProjects/Default/Vase.goz", "replaced": false}]},
+            {"operation": "ShowMessageBox", "args": ["never shown"], "step": 5, "injected": "0x80000000"},
+            {"operation": "ExportGoZ", "args": ["hero"], "step": 5,
+             "wrote": [{"path": "C:/Users/Public/Pixologic/GoZProjects/Default/Hero.goz", "replaced": false}]},
+            {"operation": "ExportGoZ", "args": ["vase"], "step": 5,
+             "wrote": [{"path": "C:/Users/Public/Pixologic/GoZProjects/Default/Vase.goz", "replaced": true}]},
+            {"operation": "ShowMessageBox", "args": ["at unload"]}],
+        "message_boxes": [{"text": "Lod"}, {"text": "at unload"}],
+        "processes": [
+            {"program": "A.exe", "object_list": ["C:/Users/Public/Pixologic/GoZProjects/Default/Hero",
+                                                 "C:/Users/Public/Pixologic/GoZProjects/Default/Vase"]},
+            {"program": "B.exe", "object_list": ["C:/Users/Public/Pixologic/GoZProjects/Default/Hero",
+                                                 "C:/Users/Public/Pixologic/GoZProjects/Default/Vase"]},
+            {"program": "A.exe", "object_list": ["C:/Users/Public/Pixologic/GoZProjects/Default/Hero"]},
+            {"program": "B.exe", "object_list": ["D:/elsewhere/Hero"]}],
+        "files": [{"path": "C:/Users/Public/Pixologic/GoZProjects/Default/Hero.goz", "size": 9, "text": "x"},
+                  {"path": "C:/Users/Public/Pixologic/GoZProjects/Default/Old.goz", "size": 3, "text": "x"},
+                  {"path": "C:/Users/Public/Pixologic/GoZProjects/Default/Vase.goz", "size": 9, "text": "x"}]
+    })json").object();
+    const QString text = CDemoNarrator::Narrate(report);
+    const QString project = QStringLiteral("C:/Users/Public/Pixologic/GoZProjects/Default/");
+    for (const QString& expected : {
+             QStringLiteral("\nSend 1 (step 1): first\n  Dialog \"FMtoZBrushDlg\" at step 0:\n"),
+             QStringLiteral("      Mesh | Action         | Note\n      Hero | Create (fixed) |\n"),
+             QStringLiteral("  The plug-in showed the message \"Lod\".\n  The host exported into %1:\n"
+                            "    - Hero.goz (object hero): new\n    - Vase.goz (object hero): new\n")
+                 .arg(project),
+             QStringLiteral("  Started A.exe and B.exe; each was offered: Hero, Vase (in %1)\n").arg(project),
+             QStringLiteral("\nSend 2 (step 5):\n"),
+             QStringLiteral("      Hero | Create (or Relink) | renamed\n"),
+             QStringLiteral("  At step 4 the demo chose \"Relink\" in row 0 (Hero).\n"),
+             QStringLiteral("    - Hero.goz (object hero): the same name again; the copy from send 1 had already been deleted when the export wrote it\n"),
+             QStringLiteral("    - Vase.goz (object vase): over the copy from send 1\n"),
+             QStringLiteral("  Started A.exe; it was offered: Hero (in %1)\n  Started B.exe; it was offered: D:/elsewhere/Hero\n")
+                 .arg(project),
+             QStringLiteral("\nStep 7:\n  At step 7 the demo pressed qtCancelButton"),
+             QStringLiteral("  - %1Old.goz (3 bytes): \"x\"\n  - from send 2: Hero.goz, Vase.goz (in %1)\n").arg(project),
+             QStringLiteral("Messages the plug-in showed:\n  - \"at unload\"\n"),
+         }) {
+        EXPECT_TRUE(text.contains(expected)) << "missing: " << expected.toStdString() << "\n" << text.toStdString();
+    }
+    for (const char* absent : {"Send 3", "never shown", "Bridge programs started", "- \"Lod\""}) {
+        EXPECT_FALSE(text.contains(QString::fromUtf8(absent))) << absent << "\n" << text.toStdString();
+    }
 }
 
 TEST(hostReport, TheProgramRejectsBadInputWithExitCodeTwo)

@@ -3,40 +3,12 @@
 
 #include <gtest/gtest.h>
 
-#include <cctype>
-#include <string>
-
 using namespace MV::Host;
+using MV::Host::Test::CBadInput;
 
 namespace {
 
-struct CBadScene
-{
-    const char* m_szJson;
-    const char* m_szError;
-};
-
-// Names each case by its position and expected message, so that test names stay stable and unique.
-std::string Identifier(const char* text)
-{
-    std::string name;
-    for (const char* c = text; *c != '\0' && name.size() < 56; ++c) {
-        name += std::isalnum(static_cast<unsigned char>(*c)) ? *c : '_';
-    }
-    return name;
-}
-
-std::string CaseName(const ::testing::TestParamInfo<CBadScene>& info)
-{
-    return "c" + std::to_string(info.index) + "_" + Identifier(info.param.m_szError);
-}
-
-void PrintTo(const CBadScene& item, std::ostream* out)
-{
-    *out << Identifier(item.m_szError);
-}
-
-class hostSceneErrors : public ::testing::TestWithParam<CBadScene>
+class hostSceneErrors : public ::testing::TestWithParam<CBadInput>
 {
 };
 
@@ -55,44 +27,44 @@ TEST_P(hostSceneErrors, RejectsWithMessageAndKeepsPreviousContent)
 INSTANTIATE_TEST_SUITE_P(
     Cases, hostSceneErrors,
     ::testing::Values(
-        CBadScene{"{", "not valid JSON at line 1, column 2"},
-        CBadScene{"{\n  \"objects\": [\n    {\"id\": \"a\",}\n  ]\n}", "not valid JSON at line 3"},
-        CBadScene{"[]", "the scene must be a JSON object"},
-        CBadScene{R"({"objects": {}})", "\"objects\" must be an array"},
-        CBadScene{R"({"objects": [3]})", "objects[0]: must be an object"},
-        CBadScene{R"({"objects": [{"name": "x"}]})", "objects[0]: \"id\" must be a non-empty string"},
-        CBadScene{R"({"objects": [{"id": ""}]})", "objects[0]: \"id\" must be a non-empty string"},
-        CBadScene{R"({"objects": [{"id": "a"}, {"id": "a"}]})", "objects[1]: duplicate id \"a\""},
-        CBadScene{R"({"objects": [{"id": "a", "nmae": "x"}]})", "objects[0] (\"a\"): unknown key \"nmae\""},
-        CBadScene{R"({"objects": [{"id": "a", "kind": -1}]})", "\"kind\" must be an integer from 0 to 4294967295"},
-        CBadScene{R"({"objects": [{"id": "a", "kind": 1.5}]})", "\"kind\" must be an integer"},
-        CBadScene{R"({"objects": [{"id": "a", "kind": "3"}]})", "\"kind\" must be an integer"},
-        CBadScene{R"({"objects": [{"id": "a", "node_type": 2147483648}]})", "\"node_type\" must be an integer"},
-        CBadScene{R"({"objects": [{"id": "a", "polygon_supported": 1}]})", "\"polygon_supported\" must be true or false"},
-        CBadScene{R"({"objects": [{"id": "a", "lod_meshes": ["x", 2]}]})", "\"lod_meshes\" must be an array of strings"},
-        CBadScene{R"({"objects": [{"id": "a", "texture_sizes": {"x": 3}}]})", "\"texture_sizes\" entry \"x\""},
-        CBadScene{R"({"objects": [{"id": "a", "texture_sizes": [1]}]})", "\"texture_sizes\" must map"},
-        CBadScene{R"({"objects": [{"id": "a", "parent": "zz"}]})", "object \"a\": unknown parent \"zz\""},
-        CBadScene{R"({"objects": [{"id": "a", "parent": "b"}, {"id": "b", "parent": "a"}]})", "parents form a cycle"},
-        CBadScene{R"({"objects": [{"id": "a", "parent": "a"}]})", "parents form a cycle"},
-        CBadScene{R"({"objects": [{"id": "a", "meshes": ["m"]}]})", "object \"a\" meshes: unknown object \"m\""},
-        CBadScene{R"({"objects": [{"id": "a", "pick_owner": "q"}]})", "pick_owner: unknown object \"q\""},
-        CBadScene{R"({"objects": [{"id": "a"}], "selection": ["q"]})", "selection: unknown object \"q\""},
-        CBadScene{R"({"objects": [{"id": "a"}], "picks": ["a", 1]})", "\"picks\" must be an array of strings"},
-        CBadScene{R"({"current_avatar": "ghost"})", "current_avatar: unknown object \"ghost\""},
-        CBadScene{R"({"selecton": []})", "top level: unknown key \"selecton\""},
-        CBadScene{R"({"playing": "yes"})", "\"playing\" must be true or false"},
-        CBadScene{R"({"registry": []})", "\"registry\" must map sub-keys"},
-        CBadScene{R"({"registry": {"K": {"V": 3}}})", "registry \"K\" value \"V\": data must be a string"},
-        CBadScene{R"({"registry": {"K": {"V": "a\tb"}}})", "tabs and line breaks cannot be stored"},
-        CBadScene{R"({"registry": {"K": {"V": {"data": "1", "type": "REG\tDWORD"}}}})", "tabs and line breaks"},
-        CBadScene{R"({"registry": {"K": {"V": {"data": "1"}}}})", "data must be a string or {\"data\", \"type\"}"},
-        CBadScene{R"({"registry": {"K\nL": {"V": "x"}}})", "tabs and line breaks cannot be stored"},
-        CBadScene{R"({"split_mesh_names": [{"bit": 1}]})", "split_mesh_names[0]: \"name\" must be a non-empty string"},
-        CBadScene{R"({"split_mesh_names": [{"name": "x", "bit": -2}]})", "split_mesh_names[0]: \"bit\" must be"},
-        CBadScene{R"({"split_mesh_names": {"name": "x"}})", "\"split_mesh_names\" must be an array"},
-        CBadScene{"\xff\xfe{}", "not valid JSON"}),
-    CaseName);
+        CBadInput{"{", "not valid JSON at line 1, column 2"},
+        CBadInput{"{\n  \"objects\": [\n    {\"id\": \"a\",}\n  ]\n}", "not valid JSON at line 3"},
+        CBadInput{"[]", "the scene must be a JSON object"},
+        CBadInput{R"({"objects": {}})", "\"objects\" must be an array"},
+        CBadInput{R"({"objects": [3]})", "objects[0]: must be an object"},
+        CBadInput{R"({"objects": [{"name": "x"}]})", "objects[0]: \"id\" must be a non-empty string"},
+        CBadInput{R"({"objects": [{"id": ""}]})", "objects[0]: \"id\" must be a non-empty string"},
+        CBadInput{R"({"objects": [{"id": "a"}, {"id": "a"}]})", "objects[1]: duplicate id \"a\""},
+        CBadInput{R"({"objects": [{"id": "a", "nmae": "x"}]})", "objects[0] (\"a\"): unknown key \"nmae\""},
+        CBadInput{R"({"objects": [{"id": "a", "kind": -1}]})", "\"kind\" must be an integer from 0 to 4294967295"},
+        CBadInput{R"({"objects": [{"id": "a", "kind": 1.5}]})", "\"kind\" must be an integer"},
+        CBadInput{R"({"objects": [{"id": "a", "kind": "3"}]})", "\"kind\" must be an integer"},
+        CBadInput{R"({"objects": [{"id": "a", "node_type": 2147483648}]})", "\"node_type\" must be an integer"},
+        CBadInput{R"({"objects": [{"id": "a", "polygon_supported": 1}]})", "\"polygon_supported\" must be true or false"},
+        CBadInput{R"({"objects": [{"id": "a", "lod_meshes": ["x", 2]}]})", "\"lod_meshes\" must be an array of strings"},
+        CBadInput{R"({"objects": [{"id": "a", "texture_sizes": {"x": 3}}]})", "\"texture_sizes\" entry \"x\""},
+        CBadInput{R"({"objects": [{"id": "a", "texture_sizes": [1]}]})", "\"texture_sizes\" must map"},
+        CBadInput{R"({"objects": [{"id": "a", "parent": "zz"}]})", "object \"a\": unknown parent \"zz\""},
+        CBadInput{R"({"objects": [{"id": "a", "parent": "b"}, {"id": "b", "parent": "a"}]})", "parents form a cycle"},
+        CBadInput{R"({"objects": [{"id": "a", "parent": "a"}]})", "parents form a cycle"},
+        CBadInput{R"({"objects": [{"id": "a", "meshes": ["m"]}]})", "object \"a\" meshes: unknown object \"m\""},
+        CBadInput{R"({"objects": [{"id": "a", "pick_owner": "q"}]})", "pick_owner: unknown object \"q\""},
+        CBadInput{R"({"objects": [{"id": "a"}], "selection": ["q"]})", "selection: unknown object \"q\""},
+        CBadInput{R"({"objects": [{"id": "a"}], "picks": ["a", 1]})", "\"picks\" must be an array of strings"},
+        CBadInput{R"({"current_avatar": "ghost"})", "current_avatar: unknown object \"ghost\""},
+        CBadInput{R"({"selecton": []})", "top level: unknown key \"selecton\""},
+        CBadInput{R"({"playing": "yes"})", "\"playing\" must be true or false"},
+        CBadInput{R"({"registry": []})", "\"registry\" must map sub-keys"},
+        CBadInput{R"({"registry": {"K": {"V": 3}}})", "registry \"K\" value \"V\": data must be a string"},
+        CBadInput{R"({"registry": {"K": {"V": "a\tb"}}})", "tabs and line breaks cannot be stored"},
+        CBadInput{R"({"registry": {"K": {"V": {"data": "1", "type": "REG\tDWORD"}}}})", "tabs and line breaks"},
+        CBadInput{R"({"registry": {"K": {"V": {"data": "1"}}}})", "data must be a string or {\"data\", \"type\"}"},
+        CBadInput{R"({"registry": {"K\nL": {"V": "x"}}})", "tabs and line breaks cannot be stored"},
+        CBadInput{R"({"split_mesh_names": [{"bit": 1}]})", "split_mesh_names[0]: \"name\" must be a non-empty string"},
+        CBadInput{R"({"split_mesh_names": [{"name": "x", "bit": -2}]})", "split_mesh_names[0]: \"bit\" must be"},
+        CBadInput{R"({"split_mesh_names": {"name": "x"}})", "\"split_mesh_names\" must be an array"},
+        CBadInput{"\xff\xfe{}", "not valid JSON"}),
+    MV::Host::Test::BadInputName);
 
 TEST(hostScene, AppliesDefaultsAndDerivedFlags)
 {

@@ -2,6 +2,7 @@
 
 #include <QApplication>
 #include <QDir>
+#include <QFile>
 #include <QJsonArray>
 #include <QJsonDocument>
 
@@ -50,6 +51,21 @@ TEST_F(hostScriptRunner, StepsRunInsideTheModalDialogAnActionOpens)
               UsageSteps(*m_kRun.m_pHost, QStringLiteral("FakeDialogClosed")));
     for (int i = 0; i < 6; ++i) {
         EXPECT_EQ(QStringLiteral("ok"), m_kRun.Step(i).value(QStringLiteral("status")).toString()) << "step " << i;
+    }
+    // The report keeps what each choice step chose, so a reader can tell it without the script.
+    const struct
+    {
+        int m_iStep;
+        const char* m_szDetail;
+    } choices[] = {
+        {1, R"({"dialog": "FakeDialog", "widget": "fakeCheck", "checked": true})"},
+        {2, R"({"dialog": "FakeDialog", "widget": "fakeCombo", "index": 2})"},
+        {3, R"({"dialog": "FakeDialog", "table": "fakeTable", "row": 0, "column": 1, "text": "Relink"})"},
+    };
+    for (const auto& choice : choices) {
+        EXPECT_EQ(QJsonDocument::fromJson(choice.m_szDetail).object(),
+                  m_kRun.Step(choice.m_iStep).value(QStringLiteral("detail")).toObject())
+            << "step " << choice.m_iStep;
     }
 
     const QJsonArray dumps = m_kRun.Report().value(QStringLiteral("dialog_dumps")).toArray();
@@ -209,6 +225,77 @@ TEST_F(hostScriptRunner, InjectedFailuresAndQueuedAnswersReachThePlugin)
     EXPECT_EQ((QStringList{QStringLiteral("65536|65536"), QStringLiteral("1024|1024")}),
               UsageSteps(*m_kRun.m_pHost, QStringLiteral("FakeAnswer")));
     EXPECT_TRUE(QFileInfo(QStringLiteral("C:/Users/Public/Pixologic/GoZProjects/Default/Desk Lamp.goz")).isFile());
+}
+
+TEST_F(hostScriptRunner, EachCallCarriesTheStepThatWasRunning)
+{
+    ASSERT_EQ(QV::kOk, m_kRun.Run(R"({"steps": [
+        {"step": "trigger", "action": "fakeDialogAction"},
+        {"step": "click", "widget": "fakeNestedButton"},
+        {"step": "click", "widget": "fakeNestedClose"},
+        {"step": "click", "widget": "fakeCancelButton", "dialog": "FakeDialog"},
+        {"step": "select", "ids": ["box"]},
+        {"step": "trigger", "action": "fakeCallAction"}
+    ]})"));
+    // A dialog returns to the step that opened it: the nested one to its button's click,
+    // the outer one to the trigger, although later steps ran meanwhile.
+    const struct
+    {
+        const char* m_szTag;
+        int m_iStep;
+    } cases[] = {{"FakeNestedClosed", 1}, {"FakeDialogClosed", 0}, {"FakeAnswer", 5}};
+    for (const auto& item : cases) {
+        QList<int> steps;
+        for (const CCallRecord& record : m_kRun.m_pHost->CallLog().Of(QStringLiteral("RecordUsageStep"))) {
+            if (record.m_kArgs.value(0) == QLatin1String(item.m_szTag)) {
+                steps << record.m_iStep;
+            }
+        }
+        EXPECT_EQ(QList<int>{item.m_iStep}, steps) << item.m_szTag;
+    }
+    const QList<CCallRecord> exports = m_kRun.m_pHost->CallLog().Of(QStringLiteral("ExportGoZ"));
+    ASSERT_EQ(1, exports.size());
+    EXPECT_EQ(5, exports.first().m_iStep);
+
+    // Once the run is over, calls belong to no step.
+    m_kRun.m_pHost->Query()->GetMainWindow();
+    EXPECT_EQ(-1, m_kRun.m_pHost->CallLog().Records().last().m_iStep);
+}
+
+TEST_F(hostScriptRunner, TheCallLogTellsWhetherAnExportReplacedAFile)
+{
+    const QString path = QStringLiteral("C:/Users/Public/Pixologic/GoZProjects/Default/Box.goz");
+    const struct
+    {
+        const char* m_szCase;
+        bool m_bDeleteFirst;
+        bool m_bReplaced;
+    } cases[] = {
+        {"first export", false, false},
+        {"the same name again", false, true},
+        {"after the earlier file was deleted", true, false},
+    };
+    for (const auto& item : cases) {
+        if (item.m_bDeleteFirst) {
+            ASSERT_TRUE(QFile::remove(path)) << item.m_szCase;
+        }
+        m_kRun.m_pHost->CallLog().Clear();
+        ASSERT_EQ(QV::kOk, m_kRun.Run(R"({"steps": [
+            {"step": "select", "ids": ["box"]},
+            {"step": "trigger", "action": "fakeCallAction"}
+        ]})")) << item.m_szCase;
+        const QList<CCallRecord> exports = m_kRun.m_pHost->CallLog().Of(QStringLiteral("ExportGoZ"));
+        ASSERT_EQ(1, exports.size()) << item.m_szCase;
+        ASSERT_EQ(1, exports.first().m_kWrites.size()) << item.m_szCase;
+        EXPECT_EQ(path, exports.first().m_kWrites.first().m_strPath) << item.m_szCase;
+        EXPECT_EQ(item.m_bReplaced, exports.first().m_kWrites.first().m_bReplaced) << item.m_szCase;
+    }
+    // Calls that write nothing note nothing.
+    for (const CCallRecord& record : m_kRun.m_pHost->CallLog().Records()) {
+        if (record.m_strOperation != QLatin1String("ExportGoZ")) {
+            EXPECT_TRUE(record.m_kWrites.isEmpty()) << record.m_strOperation.toStdString();
+        }
+    }
 }
 
 TEST_F(hostScriptRunner, HostStepsChangeTheSceneAndSnapshotsRecordIt)

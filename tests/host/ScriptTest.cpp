@@ -3,40 +3,12 @@
 
 #include <gtest/gtest.h>
 
-#include <cctype>
-#include <string>
-
 using namespace MV::Host;
+using MV::Host::Test::CBadInput;
 
 namespace {
 
-struct CBadScript
-{
-    const char* m_szJson;
-    const char* m_szError;
-};
-
-// Names each case by its position and expected message, so that test names stay stable and unique.
-std::string Identifier(const char* text)
-{
-    std::string name;
-    for (const char* c = text; *c != '\0' && name.size() < 56; ++c) {
-        name += std::isalnum(static_cast<unsigned char>(*c)) ? *c : '_';
-    }
-    return name;
-}
-
-std::string CaseName(const ::testing::TestParamInfo<CBadScript>& info)
-{
-    return "c" + std::to_string(info.index) + "_" + Identifier(info.param.m_szError);
-}
-
-void PrintTo(const CBadScript& item, std::ostream* out)
-{
-    *out << Identifier(item.m_szError);
-}
-
-class hostScriptErrors : public ::testing::TestWithParam<CBadScript>
+class hostScriptErrors : public ::testing::TestWithParam<CBadInput>
 {
 };
 
@@ -52,31 +24,31 @@ TEST_P(hostScriptErrors, RejectsTheScriptNamingTheStep)
 INSTANTIATE_TEST_SUITE_P(
     Cases, hostScriptErrors,
     ::testing::Values(
-        CBadScript{"{\"steps\": [", "not valid JSON"},
-        CBadScript{"[]", "must be a JSON object"},
-        CBadScript{"{}", "\"steps\" must be an array"},
-        CBadScript{R"({"steps": [], "watchdog": 5})", "unknown script key \"watchdog\""},
-        CBadScript{R"({"steps": [], "watchdog_ms": 0})", "\"watchdog_ms\" must be an integer of 1 or more"},
-        CBadScript{R"({"steps": ["select"]})", "step 0: must be an object"},
-        CBadScript{R"({"steps": [{"ids": []}]})", "step 0: \"step\" must name the step"},
-        CBadScript{R"({"steps": [{"step": "clear_log"}, {"step": "selec", "ids": []}]})", "step 1: unknown step \"selec\""},
-        CBadScript{R"({"steps": [{"step": "select"}]})", "step 0: select: missing \"ids\""},
-        CBadScript{R"({"steps": [{"step": "select", "ids": "a"}]})", "step 0: select: \"ids\" must be an array of strings"},
-        CBadScript{R"({"steps": [{"step": "select", "ids": [], "id": "a"}]})", "step 0: select: unknown argument \"id\""},
-        CBadScript{R"({"steps": [{"step": "set_playing", "playing": 1}]})", "\"playing\" must be true or false"},
-        CBadScript{R"({"steps": [{"step": "set_current_avatar", "id": 3}]})", "\"id\" must be a string or null"},
-        CBadScript{R"({"steps": [{"step": "wait_processes", "count": -1}]})", "\"count\" must be an integer of 0 or more"},
-        CBadScript{R"({"steps": [{"step": "set_combo_index", "widget": "w", "index": 1.5}]})", "\"index\" must be an integer"},
-        CBadScript{R"({"steps": [{"step": "fail", "operation": "ExportGoz", "code": 1}]})",
+        CBadInput{"{\"steps\": [", "not valid JSON"},
+        CBadInput{"[]", "must be a JSON object"},
+        CBadInput{"{}", "\"steps\" must be an array"},
+        CBadInput{R"({"steps": [], "watchdog": 5})", "unknown script key \"watchdog\""},
+        CBadInput{R"({"steps": [], "watchdog_ms": 0})", "\"watchdog_ms\" must be an integer of 1 or more"},
+        CBadInput{R"({"steps": ["select"]})", "step 0: must be an object"},
+        CBadInput{R"({"steps": [{"ids": []}]})", "step 0: \"step\" must name the step"},
+        CBadInput{R"({"steps": [{"step": "clear_log"}, {"step": "selec", "ids": []}]})", "step 1: unknown step \"selec\""},
+        CBadInput{R"({"steps": [{"step": "select"}]})", "step 0: select: missing \"ids\""},
+        CBadInput{R"({"steps": [{"step": "select", "ids": "a"}]})", "step 0: select: \"ids\" must be an array of strings"},
+        CBadInput{R"({"steps": [{"step": "select", "ids": [], "id": "a"}]})", "step 0: select: unknown argument \"id\""},
+        CBadInput{R"({"steps": [{"step": "set_playing", "playing": 1}]})", "\"playing\" must be true or false"},
+        CBadInput{R"({"steps": [{"step": "set_current_avatar", "id": 3}]})", "\"id\" must be a string or null"},
+        CBadInput{R"({"steps": [{"step": "wait_processes", "count": -1}]})", "\"count\" must be an integer of 0 or more"},
+        CBadInput{R"({"steps": [{"step": "set_combo_index", "widget": "w", "index": 1.5}]})", "\"index\" must be an integer"},
+        CBadInput{R"({"steps": [{"step": "fail", "operation": "ExportGoz", "code": 1}]})",
                    "fail: the host has no operation \"ExportGoz\""},
-        CBadScript{R"({"steps": [{"step": "fail", "operation": "ExportGoZ", "code": "-1"}]})", "\"code\" must be a 32-bit result code"},
-        CBadScript{R"({"steps": [{"step": "fail", "operation": "ExportGoZ", "code": "0x100000000"}]})", "\"code\" must be"},
-        CBadScript{R"({"steps": [{"step": "fail", "operation": "ExportGoZ", "code": 1, "nth": 0}]})", "\"nth\" must be an integer of 1 or more"},
-        CBadScript{R"({"steps": [{"step": "answer_messages"}]})", "answer_messages: give \"button\" or \"buttons\""},
-        CBadScript{R"({"steps": [{"step": "answer_messages", "buttons": [1, "2"]}]})", "\"buttons\" must be an array of integers"},
-        CBadScript{R"({"steps": [{"step": "table_combo_choose", "table": "t", "row": 0, "column": 1}]})", "missing \"text\""},
-        CBadScript{R"({"steps": [{"step": "click", "widget": "w", "only_if_clicked": true}]})", "\"only_if_clicked\" must be a string"}),
-    CaseName);
+        CBadInput{R"({"steps": [{"step": "fail", "operation": "ExportGoZ", "code": "-1"}]})", "\"code\" must be a 32-bit result code"},
+        CBadInput{R"({"steps": [{"step": "fail", "operation": "ExportGoZ", "code": "0x100000000"}]})", "\"code\" must be"},
+        CBadInput{R"({"steps": [{"step": "fail", "operation": "ExportGoZ", "code": 1, "nth": 0}]})", "\"nth\" must be an integer of 1 or more"},
+        CBadInput{R"({"steps": [{"step": "answer_messages"}]})", "answer_messages: give \"button\" or \"buttons\""},
+        CBadInput{R"({"steps": [{"step": "answer_messages", "buttons": [1, "2"]}]})", "\"buttons\" must be an array of integers"},
+        CBadInput{R"({"steps": [{"step": "table_combo_choose", "table": "t", "row": 0, "column": 1}]})", "missing \"text\""},
+        CBadInput{R"({"steps": [{"step": "click", "widget": "w", "only_if_clicked": true}]})", "\"only_if_clicked\" must be a string"}),
+    MV::Host::Test::BadInputName);
 
 TEST(hostScript, ReadsStepsWatchdogAndResultCodes)
 {
