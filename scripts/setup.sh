@@ -1,5 +1,6 @@
 #!/usr/bin/env bash
 # Installs what the build needs (Debian 12), configures and builds. Safe to run again.
+# Usage: setup.sh [target ...]   (no target: build everything)
 set -euo pipefail
 
 ROOT="$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)"
@@ -33,4 +34,8 @@ fi
 if [ ! -f "$BUILD/build.ninja" ]; then
     cmake -S "$ROOT" -B "$BUILD" -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo >/dev/null
 fi
-cmake --build "$BUILD" -j2
+if (($#)); then
+    cmake --build "$BUILD" -j2 --target "$@"
+else
+    cmake --build "$BUILD" -j2
+fi
