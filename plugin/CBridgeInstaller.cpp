@@ -90,6 +90,7 @@ bool CBridgeInstaller::InstallConfig(const QString& source, const QString& targe
     }
     // Written beside the target and renamed over it, so a failure never leaves half a file.
     QSaveFile out(target);
+    out.setDirectWriteFallback(true); // a folder we may not create files in
     if (!out.open(QIODevice::WriteOnly | QIODevice::Text)) {
         return false;
     }

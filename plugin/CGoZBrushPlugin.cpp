@@ -52,8 +52,11 @@ CGoZBrushPlugin::CGoZBrushPlugin() : QWidget(nullptr, Qt::WindowFlags()) {}
 
 CGoZBrushPlugin::~CGoZBrushPlugin()
 {
+    for (const QMetaObject::Connection& connection : m_kSenderConnections) {
+        QObject::disconnect(connection);
+    }
     // Only the receive dialog is released here; the other two belong to the host's window.
-    if (m_pReceiveDialog != nullptr) {
+    if (m_pReceiveDialog) {
         m_pReceiveDialog->deleteLater();
     }
 }
@@ -76,7 +79,7 @@ QV::Result CGoZBrushPlugin::Initialize(const QString& pluginFolder, const QStrin
 
     QWidget* mainWindow = host->Query()->GetMainWindow();
     m_pReceiveDialog = new (std::nothrow) ZBrushToFMDlg(mainWindow);
-    if (m_pReceiveDialog == nullptr) {
+    if (!m_pReceiveDialog) {
         return QV::kOutOfMemory;
     }
     m_pReceiveDialog->Initialize(pluginFolder, secondPath, host);
@@ -84,13 +87,13 @@ QV::Result CGoZBrushPlugin::Initialize(const QString& pluginFolder, const QStrin
     m_strPluginFolder = pluginFolder;
 
     m_pExpressionDialog = new (std::nothrow) ExpressionZBrushToFMDlg(mainWindow);
-    if (m_pExpressionDialog == nullptr) {
+    if (!m_pExpressionDialog) {
         return QV::kOutOfMemory;
     }
     m_pExpressionDialog->Initialize(pluginFolder, secondPath, host);
 
     m_pSendDialog = new (std::nothrow) FMToZBrushDlg(mainWindow);
-    if (m_pSendDialog == nullptr) {
+    if (!m_pSendDialog) {
         return QV::kOutOfMemory;
     }
     m_pSendDialog->Initialize(pluginFolder, secondPath, host);
@@ -114,13 +117,16 @@ QV::Result CGoZBrushPlugin::Initialize(const QString& pluginFolder, const QStrin
                 &CGoZBrushPlugin::OnExpressionGoz);
     }
     if (events != nullptr) {
-        connect(events, &CEventSender::Played, events, [this]() { OnPlaybackChanged(); }, Qt::DirectConnection);
-        connect(events, &CEventSender::Stopped, events, [this]() { OnPlaybackChanged(); }, Qt::DirectConnection);
+        m_kSenderConnections.push_back(
+            connect(events, &CEventSender::Played, events, [this]() { OnPlaybackChanged(); }, Qt::DirectConnection));
+        m_kSenderConnections.push_back(
+            connect(events, &CEventSender::Stopped, events, [this]() { OnPlaybackChanged(); }, Qt::DirectConnection));
     }
     host->Registry()->RegisterPluginValue(this, host->File()->GetPluginValue(this));
     if (events != nullptr) {
-        connect(events, &CEventSender::RunAutoTestForPlugins, events,
-                [this](const QString& pluginName) { RunSelfTest(pluginName); }, Qt::DirectConnection);
+        m_kSenderConnections.push_back(connect(
+            events, &CEventSender::RunAutoTestForPlugins, events,
+            [this](const QString& pluginName) { RunSelfTest(pluginName); }, Qt::DirectConnection));
     }
     return QV::kOk;
 }
@@ -259,6 +265,9 @@ QV::Result CGoZBrushPlugin::CheckExportGozObject(bool expression)
     if (QV::Failed(result)) {
         return result;
     }
+    if (!m_pSendDialog) {
+        return QV::kFail;
+    }
     m_pSendDialog->SetExpressionGoZ(expression);
     m_pSendDialog->exec();
     return QV::kOk;
@@ -318,9 +327,8 @@ QV::Result CGoZBrushPlugin::RunSelfTest(const QString& pluginName)
         return QV::kNothingDone;
     }
     // The self-test checks that every form loaded whole; a missing widget is a broken build.
-    const bool ok = m_pSendDialog != nullptr && m_pSendDialog->IsFormComplete() && m_pReceiveDialog != nullptr &&
-                    m_pReceiveDialog->IsFormComplete() && m_pExpressionDialog != nullptr &&
-                    m_pExpressionDialog->IsFormComplete();
+    const bool ok = m_pSendDialog && m_pSendDialog->IsFormComplete() && m_pReceiveDialog &&
+                    m_pReceiveDialog->IsFormComplete() && m_pExpressionDialog && m_pExpressionDialog->IsFormComplete();
     qInfo().noquote() << "MVGoZBrush self-test:" << (ok ? "passed" : "failed");
     return ok ? QV::kOk : QV::kFail;
 }

@@ -3,7 +3,11 @@
 #include "CAbstractPlugin.h"
 #include "CGoZPluginUiComponent.h"
 
+#include <QMetaObject>
+#include <QPointer>
 #include <QWidget>
+
+#include <vector>
 
 class CBaseEvent;
 
@@ -56,11 +60,14 @@ private:
     void SetActionsEnabled(bool goz, bool expression);
 
     CGoZPluginUiComponent m_kUi;
-    ZBrushToFMDlg* m_pReceiveDialog = nullptr;
-    ExpressionZBrushToFMDlg* m_pExpressionDialog = nullptr;
-    FMToZBrushDlg* m_pSendDialog = nullptr;
+    // The host's main window owns the dialogs and may destroy them first.
+    QPointer<ZBrushToFMDlg> m_pReceiveDialog;
+    QPointer<ExpressionZBrushToFMDlg> m_pExpressionDialog;
+    QPointer<FMToZBrushDlg> m_pSendDialog;
     QString m_strPluginFolder;
     QString m_strPixologicRoot;
+    // Functor connections live on the host's sender; they must not outlive this object.
+    std::vector<QMetaObject::Connection> m_kSenderConnections;
 };
 
 } // namespace MV

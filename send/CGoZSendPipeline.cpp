@@ -276,7 +276,9 @@ QV::Result CGoZSendPipeline::Export(CFMToZBrushMeshInfoList& records, const QStr
 
     if (exportPose) {
         QV::CHandle* avatar = m_pHost->Avatar()->GetCurrentAvatar();
-        if (avatar != nullptr) {
+        if (avatar == nullptr) {
+            qDebug() << "No current character: no pose file is saved";
+        } else {
             // Named after the character, so the way back can tell an expression from a sculpt.
             QV::Result nameResult = QV::kOk;
             const std::wstring name = m_pHost->Query()->HandleName(nameResult, avatar);
@@ -395,6 +397,7 @@ void CGoZSendPipeline::WriteGoZExchangeFiles(QV::Result& result, const QV::CArra
     }
 
     QSaveFile application(m_strPixologicRoot + QLatin1String(GoZPaths::kApplicationFile));
+    application.setDirectWriteFallback(true); // a folder we may not create files in
     if (!application.open(QIODevice::WriteOnly) || application.write("Figmora", 7) != 7 || !application.commit()) {
         qDebug() << "Can't open application txt ...\n";
         result = QV::kFail;
@@ -403,6 +406,7 @@ void CGoZSendPipeline::WriteGoZExchangeFiles(QV::Result& result, const QV::CArra
 
     const QString listPath = appFolder + QFile::decodeName(listName);
     QSaveFile objectList(listPath);
+    objectList.setDirectWriteFallback(true);
     if (!objectList.open(QIODevice::WriteOnly)) {
         qDebug().noquote() << "open object list " + listPath + " fail...";
         result = QV::kFail;

@@ -56,6 +56,9 @@ QV::Result FMToZBrushDlg::Initialize(const QString& pluginFolder, const QString&
         return result;
     }
     m_bFormComplete = true;
+    // The table texts are translated once, now, not when the first row needs them.
+    (void)GozExportActionTexts();
+    (void)GozExportActionInfoTexts();
     m_strPixologicRoot = GoZPaths::PixologicRoot();
     m_kPipeline = std::make_unique<CGoZSendPipeline>(host, m_strPixologicRoot);
     m_kPipeline->SetRenameCallback([this](const std::wstring& name) { m_kRenamed.push_back(name); });
@@ -114,12 +117,11 @@ bool FMToZBrushDlg::IsHideRelinkTemplateComboBox(const CFMToZBrushMeshInfoList& 
 
 void FMToZBrushDlg::SetAllActions(int index)
 {
-    if (index != Create && index != Relink) {
-        return;
-    }
-    for (CFMToZBrushMeshInfo& info : m_kMeshInfo) {
-        if (info.ActiveAction() != Skip) {
-            info.SelectAction(static_cast<std::size_t>(index));
+    if (index == Create || index == Relink) {
+        for (CFMToZBrushMeshInfo& info : m_kMeshInfo) {
+            if (info.ActiveAction() != Skip) {
+                info.SelectAction(static_cast<std::size_t>(index));
+            }
         }
     }
     UpdateTable();
