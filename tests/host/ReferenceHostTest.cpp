@@ -1,12 +1,9 @@
-#include "CBaseEvent.h"
 #include "CEventSender.h"
-#include "CHostContext.h"
 #include "CReferenceHost.h"
 #include "HostTestSupport.h"
 
 #include <QDir>
 #include <QFile>
-#include <QMainWindow>
 #include <QTemporaryDir>
 
 #include <gtest/gtest.h>
@@ -71,7 +68,7 @@ TEST_F(hostReferenceHost, ExportGoZChoosesTheNamesByTheMask)
         QStringList m_kWritten;
     } cases[] = {
         {"box", 0u, {}, {QStringLiteral("Box")}},
-        {"box", 1u, {}, {QStringLiteral("Box")}},  // split bits only apply to a character
+        {"box", 1u, {}, {QStringLiteral("Box")}}, // split bits only apply to a character
         {"hero", 0u, {}, {QStringLiteral("Hero")}},
         {"hero", 1u | 64u, {}, {QStringLiteral("Body"), QStringLiteral("EyeWinker"), QStringLiteral("SkinHead")}},
         {"hero", 1024u, {}, {QStringLiteral("Body")}},
@@ -163,15 +160,9 @@ TEST_F(hostReferenceHost, InjectedFailuresShapeEachKindOfAnswer)
         {"GetObjectMeshes", [&] { return query->GetObjectMeshes(H("box")).IsEmpty(); }},
         {"GetObjectType", [&] { return query->GetObjectType(H("box")) == QV::kOutOfMemory; }},
         {"GetCurrentAvatar", [&] { return m_pHost->Avatar()->GetCurrentAvatar() == nullptr; }},
+        {"AutoRigAvatar", [&] { return query->AutoRigAvatar(H("hero"), 1) == QV::kOutOfMemory; }},
         {"ShowMessageBox",
          [&] { return m_pHost->Ui()->ShowMessageBox(QStringLiteral("t"), QString(), nullptr, 2, 0x400, 0x400) == QV::kOutOfMemory; }},
-        {"AutoRigAvatar", [&] { return m_pHost->Query()->AutoRigAvatar(H("hero"), 1) == QV::kOutOfMemory; }},
-        {"ListMeshObjects",
-         [&] {
-             QV::CArrayList<QV::CHandle*> list;
-             query->ListMeshObjects(list, H("box"));
-             return list.IsEmpty();
-         }},
         {"HandleName",
          [&] {
              QV::Result result = QV::kOk;
@@ -202,16 +193,14 @@ TEST_F(hostReferenceHost, AFailureForTheNthCallHitsOnlyThatCall)
         results << result;
     }
     EXPECT_EQ((QList<QV::Result>{QV::kOk, QV::kFail, QV::kOk, QV::kOk}), results);
-}
-
-TEST_F(hostReferenceHost, RefusesFailuresForOperationsItDoesNotHave)
-{
+    // Unknown operations (the name is case-sensitive) and negative counts are refused.
     EXPECT_EQ(QV::kInvalidArg, m_pHost->SetFailure(QStringLiteral("ExportGoz"), QV::kFail));
     EXPECT_EQ(QV::kInvalidArg, m_pHost->SetFailure(QStringLiteral("ExportGoZ"), QV::kFail, -1));
 }
 
 TEST_F(hostReferenceHost, LogsEveryCallUnderAKnownNameWithReadableArguments)
 {
+    // Operations whose names other tests look up or make fail are left out.
     QV::Result result = QV::kOk;
     QV::CArrayList<QV::CHandle*> list;
     QV::CArrayList<std::wstring> names;
@@ -221,26 +210,18 @@ TEST_F(hostReferenceHost, LogsEveryCallUnderAKnownNameWithReadableArguments)
     unsigned int kind = 0;
     std::wstring tag;
     CQueryService* q = m_pHost->Query();
-    q->GetMainWindow();
-    q->IsPlaying();
-    q->GetSelectedObjects(result, list, 1);
-    q->GetAvatarType(result, H("hero"), number);
     q->GetObjectKind(result, H("hero"), kind);
     q->HasNodeType(H("hero"));
     q->IsExpressionEditing(H("hero"));
     q->CollectChildObjects(result, H("hero"), 49, 1, list);
     q->HandleName(result, nullptr);
-    q->GetOwningCharacter(H("hero"));
     q->GetLodMeshes(result, H("lamp"), names);
     q->IsGoZPolygonSupported(H("crate"));
     q->ListSceneObjectsOfKind(result, nullptr, 1, list, 1);
-    q->GetObjectMeshes(H("box"));
-    q->GetObjectType(H("box"));
     q->GetParentObject(H("hero_eye"));
     q->GetHostDataFolder(result, 8);
     q->GetPickedObjects(result, list, 1);
     q->GetPickOwner(result, H("lamp"), 0, owner);
-    q->GetNodeType(result, H("hero"), number);
     q->FindRelatedObjects(result, H("hero"), 36, 1, list);
     q->ListMeshObjects(list, H("hero"));
     q->ListMeshObjectsType6(list, H("hero"));
@@ -251,7 +232,6 @@ TEST_F(hostReferenceHost, LogsEveryCallUnderAKnownNameWithReadableArguments)
     q->GetBoundNode(result, H("hero"), 0, owner);
     q->ShouldSkipReceiveDialog(H("hero"));
     q->AdjustEyeElement(H("hero"), 49);
-    q->AutoRigAvatar(H("hero"), 1);
     q->UpdateAvatarAfterGoZ(H("hero"));
     q->FinishGoZImport(result, H("hero"), QV::CArrayList<QV::CHandle*>{H("hero_eye"), nullptr});
     q->GetMaterialCount(result, H("hero"), number);
@@ -262,7 +242,6 @@ TEST_F(hostReferenceHost, LogsEveryCallUnderAKnownNameWithReadableArguments)
     controller->Release();
     CFileService* f = m_pHost->File();
     f->GetFileHandle(found, L"C:/nowhere.mvx", CGetFileHandleOption());
-    f->GetPluginValue(nullptr);
     f->ImportGoZToObject(result, H("box"), L"Box.GoZ", CGoZImportOption());
     f->CreatePropFromGoZ(result, L"New.GoZ", CGoZCreateOption(), found);
     f->FindObjectByName(result, found, L"Box");
@@ -272,8 +251,6 @@ TEST_F(hostReferenceHost, LogsEveryCallUnderAKnownNameWithReadableArguments)
     m_pHost->Edit()->PrepareObjectUpdate(result, H("box"));
     m_pHost->Edit()->RefreshAvatar(result, H("hero"));
     m_pHost->Edit()->UpdateAvatarMorph(result, H("hero"), true);
-    m_pHost->Ui()->ReadyForCommand(0, 1);
-    m_pHost->Ui()->RecordUsageStep(result, QStringLiteral("AP-Step41"), L"", 7);
     m_pHost->Ui()->RefreshView(result, 0);
     m_pHost->Avatar()->GetGozSplitMeshNames(result, names, 1);
     m_pHost->Avatar()->GetGozExtraMeshNames(result, names);
@@ -288,7 +265,6 @@ TEST_F(hostReferenceHost, LogsEveryCallUnderAKnownNameWithReadableArguments)
     m_pHost->Fitting()->AdjustEyeOcclusionBlend(result, H("hero"));
     m_pHost->Fitting()->AdjustTearline(result, H("hero"));
     m_pHost->Registry()->RegisterPluginValue(nullptr, 5);
-    m_pHost->Plugins()->IsPluginSupported();
     m_pHost->GetEventSender();
     m_pHost->GetFigmoraEventSender();
 
@@ -300,8 +276,6 @@ TEST_F(hostReferenceHost, LogsEveryCallUnderAKnownNameWithReadableArguments)
     EXPECT_EQ(QStringList{QStringLiteral("null")}, name.m_kArgs);
     const CCallRecord unique = m_pHost->CallLog().Of(QStringLiteral("MakeUniqueName")).first();
     EXPECT_EQ((QStringList{QStringLiteral("box"), QStringLiteral("Ünï")}), unique.m_kArgs);
-    const CCallRecord collect = m_pHost->CallLog().Of(QStringLiteral("CollectChildObjects")).first();
-    EXPECT_EQ((QStringList{QStringLiteral("hero"), QStringLiteral("49"), QStringLiteral("1")}), collect.m_kArgs);
     const CCallRecord finish = m_pHost->CallLog().Of(QStringLiteral("FinishGoZImport")).first();
     EXPECT_EQ(QStringLiteral("[hero_eye, null]"), finish.m_kArgs.value(1));
     EXPECT_EQ(QStringList{QStringLiteral("spring")}, m_pHost->CallLog().Of(QStringLiteral("Release")).first().m_kArgs);
@@ -316,9 +290,7 @@ TEST_F(hostReferenceHost, CollectsDescendantsByNodeType)
         QStringList m_kIds;
         QV::Result m_iResult;
     } cases[] = {
-        {"hero", 36, {QStringLiteral("hero_clip"), QStringLiteral("hero_teeth")}, QV::kOk},
-        {"hero", 49, {QStringLiteral("hero_eye")}, QV::kOk},
-        {"hero", 50, {}, QV::kOk},
+        {"hero", 36, {QStringLiteral("hero_clip"), QStringLiteral("hero_teeth")}, QV::kOk}, // grandchildren too
         {"hero_hair", 51, {QStringLiteral("spring")}, QV::kOk},
         {"box", 36, {}, QV::kOk},
         {"ghost", 36, {}, QV::kInvalidArg},
@@ -341,27 +313,10 @@ TEST_F(hostReferenceHost, AnswersPickOwnersAndNodeControllers)
     QV::Result result = QV::kFail;
     QV::CHandle* owner = nullptr;
     m_pHost->Query()->GetPickOwner(result, H("lamp"), 0, owner);
-    EXPECT_EQ(QV::kOk, result);
     EXPECT_EQ(H("box"), owner);
     m_pHost->Query()->GetPickOwner(result, H("box"), 0, owner);
-    EXPECT_EQ(H("box"), owner);
+    EXPECT_EQ(H("box"), owner) << "an object without an owner owns itself";
     EXPECT_EQ(nullptr, m_pHost->Query()->GetNodeController(H("hero_hair"))) << "only spring and physics nodes";
-    EXPECT_NE(nullptr, m_pHost->Query()->GetNodeController(H("spring")));
-}
-
-TEST_F(hostReferenceHost, MessageBoxesAreRecordedAndAnsweredFromTheQueue)
-{
-    m_pHost->QueueMessageAnswer(0x10000);
-    CUiService* ui = m_pHost->Ui();
-    EXPECT_EQ(0x10000, ui->ShowMessageBox(QStringLiteral("[MVGoZBursh] First"), QStringLiteral("T"), nullptr, 2, 0x400, 0x400));
-    EXPECT_EQ(kMessageButtonOk, ui->ShowMessageBox(QStringLiteral("Second"), QString(), nullptr, 2, 0x400, 0x400));
-    ASSERT_EQ(2, m_pHost->MessageBoxes().size());
-    const CMessageBoxRecord& first = m_pHost->MessageBoxes().first();
-    EXPECT_EQ(QStringLiteral("[MVGoZBursh] First"), first.m_strText);
-    EXPECT_EQ(QStringLiteral("T"), first.m_strTitle);
-    EXPECT_EQ(2, first.m_iKind);
-    EXPECT_EQ(0x400, first.m_iButtons);
-    EXPECT_EQ(0x10000, first.m_iAnswer);
 }
 
 TEST_F(hostReferenceHost, SelectObjectsReplacesTheSelectionAndTellsListeners)
@@ -370,12 +325,9 @@ TEST_F(hostReferenceHost, SelectObjectsReplacesTheSelectionAndTellsListeners)
     QObject::connect(m_pHost->EventSender(), &CEventSender::ObjectSelectionChanged, [&changes] { ++changes; });
     QString error;
     ASSERT_EQ(QV::kOk, m_pHost->SetPicks({QStringLiteral("crate")}, error));
-    EXPECT_EQ(QStringList{QStringLiteral("crate")}, m_pHost->Scene().PickedIds());
-
     QV::Result result = QV::kFail;
     m_pHost->Ui()->SelectObjects(result, QV::CArrayList<QV::CHandle*>{H("hero_eye"), H("hero_teeth")}, 0, 1);
     EXPECT_EQ(QV::kOk, result);
-    EXPECT_EQ(1, changes);
     const QStringList expected{QStringLiteral("hero_eye"), QStringLiteral("hero_teeth")};
     EXPECT_EQ(expected, m_pHost->Scene().State().m_kSelection);
     EXPECT_EQ(expected, m_pHost->Scene().PickedIds()) << "the picks follow a new selection";
@@ -385,51 +337,27 @@ TEST_F(hostReferenceHost, SelectObjectsReplacesTheSelectionAndTellsListeners)
     EXPECT_EQ(QV::kInvalidArg, result);
     EXPECT_EQ(expected, m_pHost->Scene().State().m_kSelection);
     EXPECT_EQ(1, changes);
-
-    EXPECT_EQ(QV::kInvalidArg, m_pHost->SetSelection({QStringLiteral("nobody")}, error));
-    EXPECT_TRUE(error.contains(QStringLiteral("nobody")));
 }
 
 TEST_F(hostReferenceHost, RaisesTheHostEvents)
 {
-    QStringList seen;
-    CEventSender* sender = m_pHost->EventSender();
-    QObject::connect(sender, &CEventSender::Played, [&] { seen << QStringLiteral("played"); });
-    QObject::connect(sender, &CEventSender::Stopped, [&] { seen << QStringLiteral("stopped"); });
-    QObject::connect(sender, &CEventSender::GoZDataUpdated, [&] { seen << QStringLiteral("goz"); });
-    QObject::connect(sender, &CEventSender::ObjectDataChanged2,
-                     [&](CBaseEvent* event) { seen << QString::fromLatin1(event->TypeName()); });
-    QObject::connect(m_pHost->FigmoraEventSender(), &CFigmoraEventSender::ExpressionGoZBrushDialog,
-                     [&] { seen << QStringLiteral("expression"); });
-
-    m_pHost->SetPlaying(true);
-    EXPECT_TRUE(m_pHost->Query()->IsPlaying());
-    m_pHost->SetPlaying(false);
-    m_pHost->RaiseDataChanged(true);
-    m_pHost->RaiseDataChanged(false);
+    // The other events are driven through the plug-in in the integration tests.
+    int updates = 0;
+    QObject::connect(m_pHost->EventSender(), &CEventSender::GoZDataUpdated, [&updates] { ++updates; });
     m_pHost->RaiseGoZDataUpdated();
-    m_pHost->RaiseExpressionGoZ();
-    EXPECT_EQ((QStringList{QStringLiteral("played"), QStringLiteral("stopped"), QStringLiteral("CEditBlendShapeEvent"),
-                           QStringLiteral("CObjectDataEvent"), QStringLiteral("goz"), QStringLiteral("expression")}),
-              seen);
+    EXPECT_EQ(1, updates);
 }
 
 TEST_F(hostReferenceHost, WritesTheRegistryStandInFile)
 {
-    const QString path = m_kFolder.path() + QStringLiteral("/sub/registry.txt");
-    QString error;
-    ASSERT_EQ(QV::kOk, m_pHost->WriteRegistryFile(path, error)) << error.toStdString();
-    QFile file(path);
-    ASSERT_TRUE(file.open(QIODevice::ReadOnly));
-    EXPECT_EQ(QByteArray("SOFTWARE\\Quorvane\\Figmora\\4.0\tMain Program\tC:\\Program Files\\Figmora\\Figmora.exe\n"),
-              file.readAll());
-    file.close();
-
+    // The plain form reaches the plug-in in the integration tests; here a typed value and a default value.
     auto typed = MV::Host::Test::ParseScene(
         R"({"registry": {"K": {"Count": {"data": "3", "type": "REG_DWORD"}, "": "default"}}})");
     ASSERT_TRUE(typed);
-    const CReferenceHost other(std::move(typed));
-    ASSERT_EQ(QV::kOk, other.WriteRegistryFile(path, error));
+    const QString path = m_kFolder.path() + QStringLiteral("/sub/registry.txt");
+    QString error;
+    ASSERT_EQ(QV::kOk, CReferenceHost(std::move(typed)).WriteRegistryFile(path, error)) << error.toStdString();
+    QFile file(path);
     ASSERT_TRUE(file.open(QIODevice::ReadOnly));
     EXPECT_EQ(QByteArray("K\t\tdefault\nK\tCount\t3\tREG_DWORD\n"), file.readAll());
 }
@@ -441,13 +369,9 @@ TEST_F(hostReferenceHost, RemoveLodsClearsAllOrNothing)
     m_pHost->Edit()->RemoveLods(result, QV::CArrayList<QV::CHandle*>{H("lamp"), &foreign}, 1, 1, 0x401);
     EXPECT_EQ(QV::kInvalidArg, result);
     EXPECT_EQ(2, m_pHost->Scene().Find(QStringLiteral("lamp"))->m_kLodMeshes.size());
-
     m_pHost->Edit()->RemoveLods(result, QV::CArrayList<QV::CHandle*>{H("lamp")}, 1, 1, 0x401);
     EXPECT_EQ(QV::kOk, result);
-    QV::CArrayList<std::wstring> names;
-    m_pHost->Query()->GetLodMeshes(result, H("lamp"), names);
-    EXPECT_EQ(QV::kOk, result);
-    EXPECT_TRUE(names.IsEmpty());
+    EXPECT_TRUE(m_pHost->Scene().Find(QStringLiteral("lamp"))->m_kLodMeshes.isEmpty());
 }
 
 TEST_F(hostReferenceHost, CreatedPropsCanBeFoundByName)
@@ -457,11 +381,10 @@ TEST_F(hostReferenceHost, CreatedPropsCanBeFoundByName)
     m_pHost->File()->CreatePropFromGoZ(result, L"C:\\Users\\Public\\Pixologic\\GoZProjects\\Default\\Sculpt.GoZ",
                                        CGoZCreateOption(), created);
     ASSERT_EQ(QV::kOk, result);
-    ASSERT_NE(nullptr, created);
     QV::CHandle* found = nullptr;
     m_pHost->File()->FindObjectByName(result, found, L"Sculpt");
     EXPECT_EQ(QV::kOk, result);
-    EXPECT_EQ(created, found);
+    EXPECT_TRUE(created != nullptr && created == found);
     m_pHost->File()->FindObjectByName(result, found, L"Nothing");
     EXPECT_EQ(QV::kFail, result);
     EXPECT_EQ(nullptr, found);

@@ -28,37 +28,31 @@ TEST(hostReport, ListsFilesAsTextBase64OrANote)
 {
     QTemporaryDir folder;
     ASSERT_TRUE(folder.isValid());
-    const QByteArray big(static_cast<int>(CReport::kMaxInlineBytes), 'x');
     const struct
     {
         const char* m_szPath;
         QByteArray m_kBytes;
         const char* m_szKey;
         QJsonValue m_kValue;
-    } cases[] = {
-        {"a/text.txt", QByteArray("PATH = \"C:\\Figmora.exe\"\r\n"), "text", QJsonValue(QStringLiteral("PATH = \"C:\\Figmora.exe\"\r\n"))},
-        {"a/utf8.txt", QByteArray("Ünï"), "text", QJsonValue(QStringLiteral("Ünï"))},
-        {"b/latin1.txt", QByteArray("\xe9t\xe9"), "base64", QJsonValue(QStringLiteral("6XTp"))},
-        {"b/nul.bin", QByteArray("a\0b", 3), "base64", QJsonValue(QStringLiteral("YQBi"))},
-        {"c/big.txt", big, "note", QJsonValue(QStringLiteral("not included: 65536 bytes"))},
-        {"empty.txt", QByteArray(), "text", QJsonValue(QString())},
+    } cases[] = { // in the order of the listing
+        {"a/text.txt", QByteArray("PATH = \"C:\\Figmora.exe\"\r\n"), "text", QStringLiteral("PATH = \"C:\\Figmora.exe\"\r\n")},
+        {"a/utf8.txt", QByteArray("Ünï"), "text", QStringLiteral("Ünï")},
+        {"b/latin1.txt", QByteArray("\xe9t\xe9"), "base64", QStringLiteral("6XTp")},
+        {"b/nul.bin", QByteArray("a\0b", 3), "base64", QStringLiteral("YQBi")},
+        {"c/big.txt", QByteArray(static_cast<int>(CReport::kMaxInlineBytes), 'x'), "note", QStringLiteral("not included: 65536 bytes")},
+        {"empty.txt", QByteArray(), "text", QString()},
     };
     for (const auto& item : cases) {
         WriteBytes(folder.path() + QLatin1Char('/') + QString::fromLatin1(item.m_szPath), item.m_kBytes);
     }
     const QJsonArray files = CReport::FilesToJson(folder.path());
-    QStringList paths;
-    for (const QJsonValue& file : files) {
-        paths << file.toObject().value(QStringLiteral("path")).toString();
-    }
-    EXPECT_EQ((QStringList{QStringLiteral("a/text.txt"), QStringLiteral("a/utf8.txt"), QStringLiteral("b/latin1.txt"),
-                           QStringLiteral("b/nul.bin"), QStringLiteral("c/big.txt"), QStringLiteral("empty.txt")}),
-              paths);
-    for (const auto& item : cases) {
-        const QJsonObject entry = files.at(paths.indexOf(QString::fromLatin1(item.m_szPath))).toObject();
-        EXPECT_EQ(item.m_kBytes.size(), entry.value(QStringLiteral("size")).toInt()) << item.m_szPath;
-        EXPECT_EQ(item.m_kValue, entry.value(QString::fromLatin1(item.m_szKey))) << item.m_szPath;
-        EXPECT_EQ(3, entry.size()) << item.m_szPath << ": exactly one of text, base64 and note";
+    ASSERT_EQ(6, files.size());
+    for (int i = 0; i < files.size(); ++i) {
+        const QJsonObject entry = files.at(i).toObject();
+        EXPECT_EQ(QString::fromLatin1(cases[i].m_szPath), entry.value(QStringLiteral("path")).toString());
+        EXPECT_EQ(cases[i].m_kBytes.size(), entry.value(QStringLiteral("size")).toInt()) << cases[i].m_szPath;
+        EXPECT_EQ(cases[i].m_kValue, entry.value(QString::fromLatin1(cases[i].m_szKey))) << cases[i].m_szPath;
+        EXPECT_EQ(3, entry.size()) << cases[i].m_szPath << ": exactly one of text, base64 and note";
     }
 }
 
@@ -68,12 +62,9 @@ TEST(hostReport, KeepsUnreadableProcessLogLinesAsText)
     ASSERT_TRUE(folder.isValid());
     const QString log = folder.path() + QStringLiteral("/processes.jsonl");
     WriteBytes(log, "{\"program\":\"A.exe\",\"args\":[]}\n\n{broken\n[1]\n{\"program\":\"B.exe\"}");
-    const QJsonArray processes = CReport::ProcessesToJson(log);
-    ASSERT_EQ(4, processes.size());
-    EXPECT_EQ(QStringLiteral("A.exe"), processes.at(0).toObject().value(QStringLiteral("program")).toString());
-    EXPECT_EQ(QStringLiteral("{broken"), processes.at(1).toObject().value(QStringLiteral("invalid_line")).toString());
-    EXPECT_EQ(QStringLiteral("[1]"), processes.at(2).toObject().value(QStringLiteral("invalid_line")).toString());
-    EXPECT_EQ(QStringLiteral("B.exe"), processes.at(3).toObject().value(QStringLiteral("program")).toString());
+    EXPECT_EQ(QJsonDocument::fromJson(R"([{"program": "A.exe", "args": []}, {"invalid_line": "{broken"},
+                                          {"invalid_line": "[1]"}, {"program": "B.exe"}])").array(),
+              CReport::ProcessesToJson(log));
     EXPECT_TRUE(CReport::ProcessesToJson(folder.path() + QStringLiteral("/missing.jsonl")).isEmpty());
 }
 
@@ -81,26 +72,25 @@ TEST(hostReport, SucceedsOnlyWithThePluginLoadedAndNoFailure)
 {
     CReport unloaded;
     unloaded.SetPluginError(QStringLiteral("/x.so"), QStringLiteral("no"));
-    EXPECT_FALSE(unloaded.Succeeded());
     EXPECT_FALSE(unloaded.ToJson().value(QStringLiteral("ok")).toBool(true));
 
     MV::Host::Test::CHostRun run;
     ASSERT_TRUE(run.Load());
-    EXPECT_TRUE(run.m_kReport.Succeeded());
     run.m_kReport.SetStep(0, QJsonObject{{QStringLiteral("status"), QStringLiteral("skipped")}});
     EXPECT_TRUE(run.m_kReport.Succeeded());
     run.m_kReport.SetStep(1, QJsonObject{{QStringLiteral("status"), QStringLiteral("failed")}});
     EXPECT_FALSE(run.m_kReport.Succeeded());
 
-    CReport withError = CReport();
+    CReport withError;
     withError.SetPlugin(*run.m_pPlugins);
-    EXPECT_TRUE(withError.Succeeded());
     withError.AddRunError(QStringLiteral("boom"));
     EXPECT_FALSE(withError.Succeeded());
 }
 
 TEST(hostReport, ARunSessionReportsEverythingItSaw)
 {
+    // What a run reports of the plug-in, its actions, dialogs and files is checked with the real
+    // plug-in in the integration tests; here what the call log and the process log add.
     CRunSession session;
     QString error;
     ASSERT_EQ(QV::kOk, session.Prepare(MV::Host::Test::kBasicScene, R"({"steps": [
@@ -119,45 +109,23 @@ TEST(hostReport, ARunSessionReportsEverythingItSaw)
     const QJsonObject json = report.ToJson();
     EXPECT_TRUE(json.value(QStringLiteral("ok")).toBool());
 
-    const QJsonObject plugin = json.value(QStringLiteral("plugin")).toObject();
-    EXPECT_TRUE(plugin.value(QStringLiteral("loaded")).toBool());
-    EXPECT_EQ(QStringLiteral("0x00000000"), plugin.value(QStringLiteral("initialize_result")).toString());
-    EXPECT_EQ(QStringLiteral("0x00000001"), plugin.value(QStringLiteral("finalize_result")).toString());
-    EXPECT_EQ(QStringLiteral("fakeMenu"),
-              plugin.value(QStringLiteral("menus")).toArray().first().toObject().value(QStringLiteral("name")).toString());
-
-    QStringList operations;
-    for (const QJsonValue& call : json.value(QStringLiteral("call_log")).toArray()) {
-        operations << call.toObject().value(QStringLiteral("operation")).toString();
-    }
-    EXPECT_EQ(QStringLiteral("IsPluginSupported"), operations.value(0));
     const QJsonArray calls = json.value(QStringLiteral("call_log")).toArray();
     EXPECT_FALSE(calls.first().toObject().contains(QStringLiteral("step"))) << "loading runs before any step";
-    const int exportAt = operations.indexOf(QStringLiteral("ExportGoZ"));
-    ASSERT_GE(exportAt, 0);
-    const QJsonObject exportCall = calls.at(exportAt).toObject();
-    EXPECT_EQ(1, exportCall.value(QStringLiteral("step")).toInt(-1));
-    EXPECT_EQ(QJsonArray({QJsonObject{{QStringLiteral("path"), QStringLiteral("C:/Users/Public/Pixologic/GoZProjects/Default/Box.goz")},
-                                      {QStringLiteral("replaced"), false}}}),
-              exportCall.value(QStringLiteral("wrote")).toArray());
-    EXPECT_EQ(QStringLiteral("Fake: exported 1"),
-              json.value(QStringLiteral("message_boxes")).toArray().first().toObject().value(QStringLiteral("text")).toString());
-    EXPECT_EQ(1, json.value(QStringLiteral("processes")).toArray().size());
-    EXPECT_EQ(QJsonArray({QStringLiteral("box")}),
-              json.value(QStringLiteral("final_state")).toObject().value(QStringLiteral("selection")).toArray());
-
-    QJsonObject files;
-    for (const QJsonValue& file : json.value(QStringLiteral("files")).toArray()) {
-        files.insert(file.toObject().value(QStringLiteral("path")).toString(), file);
+    QJsonObject exportCall;
+    for (const QJsonValue& call : calls) {
+        if (call.toObject().value(QStringLiteral("operation")).toString() == QLatin1String("ExportGoZ")) {
+            exportCall = call.toObject();
+        }
     }
-    EXPECT_EQ(QStringLiteral("SOFTWARE\\Quorvane\\Figmora\\4.0\tMain Program\tC:\\Program Files\\Figmora\\Figmora.exe\n"),
-              files.value(QStringLiteral("registry.txt")).toObject().value(QStringLiteral("text")).toString());
-    EXPECT_EQ(QStringLiteral("GOZ-STANDIN 1\nobject=box\nname=Box\nsplit=0\npose=0\n"),
-              files.value(QStringLiteral("C:/Users/Public/Pixologic/GoZProjects/Default/Box.goz"))
-                  .toObject()
-                  .value(QStringLiteral("text"))
-                  .toString());
-    EXPECT_TRUE(files.contains(QStringLiteral("C:/Users/Public/Pixologic/GoZBrush/GoZMakeObjectPath.exe")));
+    EXPECT_EQ(1, exportCall.value(QStringLiteral("step")).toInt(-1));
+    EXPECT_EQ(QJsonDocument::fromJson(R"([{"path": "C:/Users/Public/Pixologic/GoZProjects/Default/Box.goz", "replaced": false}])").array(),
+              exportCall.value(QStringLiteral("wrote")).toArray());
+    // The stand-in program the plug-in started ran in the sandbox and logged its run there.
+    const QJsonArray processes = json.value(QStringLiteral("processes")).toArray();
+    ASSERT_EQ(1, processes.size());
+    EXPECT_EQ(QJsonArray({QStringLiteral("--fake")}), processes.first().toObject().value(QStringLiteral("args")).toArray());
+    const QJsonObject wait = json.value(QStringLiteral("steps")).toArray().last().toObject();
+    EXPECT_EQ(1, wait.value(QStringLiteral("detail")).toObject().value(QStringLiteral("found")).toInt());
 }
 
 TEST(hostReport, ARunWithoutThePluginStillReports)
@@ -175,69 +143,39 @@ TEST(hostReport, ARunWithoutThePluginStillReports)
     EXPECT_EQ(QV::kFail, session.Execute(options, report)) << "a session runs once";
 }
 
-TEST(hostReport, PrepareNamesTheBadInput)
-{
-    const struct
-    {
-        const char* m_szScene;
-        const char* m_szScript;
-        const char* m_szError;
-    } cases[] = {
-        {"{", R"({"steps": []})", "scene: not valid JSON"},
-        {"{}", R"({"steps": [{"step": "jump"}]})", "script: step 0: unknown step \"jump\""},
-    };
-    for (const auto& item : cases) {
-        CRunSession session;
-        QString error;
-        EXPECT_EQ(QV::kInvalidArg, session.Prepare(item.m_szScene, item.m_szScript, error));
-        EXPECT_TRUE(error.startsWith(QString::fromLatin1(item.m_szError))) << error.toStdString();
-    }
-}
-
 TEST(hostReport, TheNarrativeFollowsTheReport)
 {
     const QJsonObject report = QJsonDocument::fromJson(R"json({
         "ok": false,
-        "plugin": {"path": "/p/MVGoZBrush.so", "loaded": true, "initialize_result": "0x00000000",
-                   "menus": [{"name": "menuGoZ", "title": "&GoZ"}], "tool_bars": []},
+        "plugin": {"path": "/p/MVGoZBrush.so", "loaded": true, "menus": [{"name": "menuGoZ", "title": "&GoZ"}], "tool_bars": []},
         "errors": ["watchdog: the run did not finish within 10 ms (stopped in step 4 (trigger))"],
         "steps": [{"index": 1, "step": "snapshot_actions", "status": "ok", "comment": "the hero"},
-                  {"index": 2, "step": "snapshot_actions", "status": "ok"},
-                  {"index": 5, "step": "click", "status": "ok", "detail": {"dialog": "FMtoZBrushDlg", "clicked": "qtCancelButton"}}],
+                  {"index": 2, "step": "snapshot_actions", "status": "ok"}],
         "action_snapshots": [
-            {"step": 1, "selection": [{"id": "hero", "name": "Hero"}],
-             "actions": [{"name": "qtGoZAction", "text": "Go&Z", "enabled": true},
-                         {"name": "", "text": "Export to", "enabled": true, "menu": true},
-                         {"name": "qtExpressionGoZAction", "text": "Expression GoZ", "enabled": false}]},
+            {"step": 1, "actions": [{"name": "qtGoZAction", "text": "Go&Z", "enabled": true},
+                                    {"name": "", "text": "Export to", "enabled": true, "menu": true},
+                                    {"name": "qtExpressionGoZAction", "text": "Expression GoZ", "enabled": false}]},
             {"step": 2, "selection": [], "actions": [{"name": "qtGoZAction", "text": "GoZ", "enabled": false}]}],
-        "dialog_dumps": [{"step": 3, "dialog": "FMtoZBrushDlg", "title": "GoZ", "widgets": [
-            {"name": "qtTable", "visible": true, "enabled": true, "rows": 1,
-             "cells": [["Hero", {"widget": "QComboBox", "text": "Create", "enabled": false}, ""]]},
+        "dialog_dumps": [{"step": 3, "dialog": "FMtoZBrushDlg", "widgets": [
             {"name": "qtGoZButton", "class": "QPushButton", "visible": true, "enabled": false, "checkable": false},
             {"name": "qtSplitGroup", "class": "QGroupBox", "visible": true, "enabled": false, "checkable": false},
             {"name": "qtSkinCheck", "class": "QCheckBox", "visible": true, "enabled": true, "checkable": true, "checked": true},
             {"name": "qtLegCheck", "class": "QCheckBox", "visible": true, "enabled": false, "checkable": true, "checked": false},
             {"name": "qtHidden", "class": "QPushButton", "visible": false, "enabled": true, "checkable": false}]}],
         "files": [{"path": "C:/Users/Public/Pixologic/GoZApps/Figmora/GoZ_Config.txt", "size": 40,
-                   "text": "X = 1\nPATH = \"C:\\Apps\\Figmora.exe\"\n"},
-                  {"path": "C:/Users/Public/Pixologic/GoZProjects/Default/Hero.goz", "size": 12, "text": "x"}],
-        "processes": [{"program": "GoZMakeObjectPath.exe", "object_list": ["C:/Users/Public/Pixologic/GoZProjects/Default/Hero"]}],
-        "message_boxes": [{"text": "[MVGoZBursh] Lod mesh will remove."}]
+                   "text": "X = 1\nPATH = \"C:\\Apps\\Figmora.exe\"\n"}],
+        "processes": [{"program": "GoZMakeObjectPath.exe", "object_list": ["C:/Users/Public/Pixologic/GoZProjects/Default/Hero"]}]
     })json").object();
     const QString text = CDemoNarrator::Narrate(report);
     for (const char* expected : {
              "It added the menus \"GoZ\" and the tool bars (none) to the host window.",
-             "  - the hero: enabled: GoZ (qtGoZAction)\n",
+             "  - the hero: enabled: GoZ (qtGoZAction)\n", // a sub-menu's action is no command
              "  - nothing selected: no command is enabled\n",
-             "GoZ_Config.txt (40 bytes): PATH = \"C:\\Apps\\Figmora.exe\"",
-             "Step 5:\n  Dialog \"FMtoZBrushDlg\" (GoZ) at step 3:\n    Table qtTable, 1 row(s):\n      Hero | Create (fixed) |\n",
              "    Buttons: qtGoZButton (disabled)\n",
              "    Disabled groups: qtSplitGroup\n",
              "    Checked: qtSkinCheck; 1 other option(s) unchecked (disabled: qtLegCheck)\n",
-             "  At step 5 the demo pressed qtCancelButton in \"FMtoZBrushDlg\".",
-             "GoZProjects/Default/Hero.goz (12 bytes)",
+             "GoZ_Config.txt (40 bytes): PATH = \"C:\\Apps\\Figmora.exe\"",
              "  - GoZMakeObjectPath.exe, offered C:/Users/Public/Pixologic/GoZProjects/Default/Hero\n",
-             "  - \"[MVGoZBursh] Lod mesh will remove.\"",
              "Problems:\n  - watchdog: the run did not finish",
          }) {
         EXPECT_TRUE(text.contains(QString::fromUtf8(expected))) << "missing: " << expected << "\n" << text.toStdString();
@@ -249,23 +187,17 @@ TEST(hostReport, TheNarrativeTellsEachSendAndWhatBecameOfEarlierFiles)
 {
     const QJsonObject report = QJsonDocument::fromJson(R"json({
         "ok": true,
-        "plugin": {"path": "/p/MVGoZBrush.so", "loaded": true, "initialize_result": "0x00000000"},
+        "plugin": {"path": "/p/MVGoZBrush.so", "loaded": true},
         "steps": [
             {"index": 0, "step": "dump_dialog", "status": "ok"},
-            {"index": 1, "step": "click", "status": "ok", "comment": "first",
-             "detail": {"dialog": "FMtoZBrushDlg", "clicked": "qtGoZButton"}},
+            {"index": 1, "step": "click", "status": "ok", "comment": "first", "detail": {"dialog": "D", "clicked": "qtGoZButton"}},
             {"index": 2, "step": "wait_processes", "status": "ok", "detail": {"found": 2}},
-            {"index": 3, "step": "dump_dialog", "status": "ok"},
-            {"index": 4, "step": "table_combo_choose", "status": "ok",
-             "detail": {"table": "qtTable", "row": 0, "column": 1, "text": "Relink"}},
-            {"index": 5, "step": "click", "status": "ok", "detail": {"dialog": "FMtoZBrushDlg", "clicked": "qtGoZButton"}},
+            {"index": 4, "step": "table_combo_choose", "status": "ok", "detail": {"table": "qtTable", "row": 0, "column": 1, "text": "Relink"}},
+            {"index": 5, "step": "click", "status": "ok", "detail": {"dialog": "D", "clicked": "qtGoZButton"}},
             {"index": 6, "step": "wait_processes", "status": "ok", "detail": {"found": 4}},
-            {"index": 7, "step": "click", "status": "ok", "detail": {"dialog": "FMtoZBrushDlg", "clicked": "qtCancelButton"}}],
-        "dialog_dumps": [
-            {"step": 0, "dialog": "FMtoZBrushDlg", "widgets": [{"name": "qtTable", "visible": true, "rows": 1,
-             "headers": ["Mesh", "Action", "Note"], "cells": [["Hero", {"text": "Create", "enabled": false}, ""]]}]},
-            {"step": 3, "dialog": "FMtoZBrushDlg", "widgets": [{"name": "qtTable", "visible": true, "rows": 1,
-             "cells": [["Hero", {"text": "Create", "enabled": true, "items": ["Create", "Relink"]}, "renamed"]]}]}],
+            {"index": 7, "step": "click", "status": "ok", "detail": {"dialog": "D", "clicked": "qtCancelButton"}}],
+        "dialog_dumps": [{"step": 0, "dialog": "D", "widgets": [{"name": "qtTable", "visible": true, "rows": 1,
+            "cells": [["Hero", {"text": "Create", "enabled": false}], ["Vase", {"text": "Create", "items": ["Create", "Relink"]}]]}]}],
         "call_log": [
             {"operation": "ShowMessageBox", "args": ["Lod"], "step": 1},
             {"operation": "ExportGoZ", "args": ["hero"], "step": 1,
@@ -292,15 +224,13 @@ TEST(hostReport, TheNarrativeTellsEachSendAndWhatBecameOfEarlierFiles)
     const QString text = CDemoNarrator::Narrate(report);
     const QString project = QStringLiteral("C:/Users/Public/Pixologic/GoZProjects/Default/");
     for (const QString& expected : {
-             QStringLiteral("\nSend 1 (step 1): first\n  Dialog \"FMtoZBrushDlg\" at step 0:\n"),
-             QStringLiteral("      Mesh | Action         | Note\n      Hero | Create (fixed) |\n"),
+             QStringLiteral("\nSend 1 (step 1): first\n"),
+             QStringLiteral("      Hero | Create (fixed)\n      Vase | Create (or Relink)\n"),
              QStringLiteral("  The plug-in showed the message \"Lod\".\n  The host exported into %1:\n"
                             "    - Hero.goz (object hero): new\n    - Vase.goz (object hero): new\n")
                  .arg(project),
              QStringLiteral("  Started A.exe and B.exe; each was offered: Hero, Vase (in %1)\n").arg(project),
-             QStringLiteral("\nSend 2 (step 5):\n"),
-             QStringLiteral("      Hero | Create (or Relink) | renamed\n"),
-             QStringLiteral("  At step 4 the demo chose \"Relink\" in row 0 (Hero).\n"),
+             QStringLiteral("\nSend 2 (step 5):\n  At step 4 the demo chose \"Relink\" in row 0 (Hero).\n"),
              QStringLiteral("    - Hero.goz (object hero): the same name again; the copy from send 1 had already been deleted when the export wrote it\n"),
              QStringLiteral("    - Vase.goz (object vase): over the copy from send 1\n"),
              QStringLiteral("  Started A.exe; it was offered: Hero (in %1)\n  Started B.exe; it was offered: D:/elsewhere/Hero\n")
@@ -320,34 +250,28 @@ TEST(hostReport, TheProgramRejectsBadInputWithExitCodeTwo)
 {
     QTemporaryDir folder;
     ASSERT_TRUE(folder.isValid());
-    const QString scene = folder.path() + QStringLiteral("/scene.json");
-    const QString script = folder.path() + QStringLiteral("/script.json");
-    WriteBytes(scene, "{\"objects\": [{\"id\": 1}]}");
-    WriteBytes(script, "{\"steps\": []}");
-    const QString emptyScene = folder.path() + QStringLiteral("/empty.json");
-    WriteBytes(emptyScene, "{}");
+    const QString dir = folder.path() + QLatin1Char('/');
+    WriteBytes(dir + QStringLiteral("bad.json"), "{\"objects\": [{\"id\": 1}]}");
+    WriteBytes(dir + QStringLiteral("empty.json"), "{}");
+    WriteBytes(dir + QStringLiteral("script.json"), "{\"steps\": []}");
+    WriteBytes(dir + QStringLiteral("badscript.json"), "{\"steps\": [{\"step\": \"jump\"}]}");
+    const auto run = [&dir](const char* plugin, const char* scene, const char* script, const char* report) {
+        return QStringList{QStringLiteral("run"), QStringLiteral("--plugin"), dir + QLatin1String(plugin),
+                           QStringLiteral("--scene"), dir + QLatin1String(scene), QStringLiteral("--script"),
+                           dir + QLatin1String(script), QStringLiteral("--report"), dir + QLatin1String(report)};
+    };
     const struct
     {
         QStringList m_kArgs;
         int m_iExit;
         const char* m_szMessage;
     } cases[] = {
-        {{}, 2, "no command given"},
         {{QStringLiteral("fly")}, 2, "unknown command \"fly\""},
-        {{QStringLiteral("run"), QStringLiteral("--plugin"), QStringLiteral("/p.so")}, 2, "run needs --scene, --script, --report"},
-        {{QStringLiteral("run"), QStringLiteral("--plugin"), QStringLiteral("/p.so"), QStringLiteral("--scene"), scene,
-          QStringLiteral("--script"), script, QStringLiteral("--report"), folder.path() + QStringLiteral("/r.json")},
-         2, "scene: objects[0]: \"id\" must be a non-empty string"},
-        {{QStringLiteral("run"), QStringLiteral("--plugin"), QStringLiteral("/p.so"), QStringLiteral("--scene"),
-          folder.path() + QStringLiteral("/none.json"), QStringLiteral("--script"), script, QStringLiteral("--report"),
-          folder.path() + QStringLiteral("/r.json")},
-         2, "cannot read"},
-        {{QStringLiteral("run"), QStringLiteral("--plugin"), QStringLiteral("/p.so"), QStringLiteral("--scene"), emptyScene,
-          QStringLiteral("--script"), script, QStringLiteral("--report"), folder.path() + QStringLiteral("/no/r.json")},
-         2, "the folder of the report"},
-        {{QStringLiteral("run"), QStringLiteral("--plugin"), folder.path() + QStringLiteral("/none.so"), QStringLiteral("--scene"),
-          emptyScene, QStringLiteral("--script"), script, QStringLiteral("--report"), folder.path() + QStringLiteral("/r2.json")},
-         1, "plug-in not loaded: no plug-in file at"},
+        {run("p.so", "bad.json", "script.json", "r.json"), 2, "scene: objects[0]: \"id\" must be a non-empty string"},
+        {run("p.so", "empty.json", "badscript.json", "r.json"), 2, "script: step 0: unknown step \"jump\""},
+        {run("p.so", "none.json", "script.json", "r.json"), 2, "cannot read"},
+        {run("p.so", "empty.json", "script.json", "no/r.json"), 2, "the folder of the report"},
+        {run("none.so", "empty.json", "script.json", "r2.json"), 1, "plug-in not loaded: no plug-in file at"},
         {{QStringLiteral("help")}, 0, ""},
     };
     for (const auto& item : cases) {
@@ -359,8 +283,8 @@ TEST(hostReport, TheProgramRejectsBadInputWithExitCodeTwo)
         const QString err = QString::fromUtf8(process.readAllStandardError());
         EXPECT_TRUE(err.contains(QString::fromUtf8(item.m_szMessage))) << err.toStdString();
     }
-    EXPECT_FALSE(QFileInfo::exists(folder.path() + QStringLiteral("/r.json"))) << "no report for a run that never started";
-    EXPECT_TRUE(QFileInfo::exists(folder.path() + QStringLiteral("/r2.json"))) << "a refused plug-in still gets its report";
+    EXPECT_FALSE(QFileInfo::exists(dir + QStringLiteral("r.json"))) << "no report for a run that never started";
+    EXPECT_TRUE(QFileInfo::exists(dir + QStringLiteral("r2.json"))) << "a refused plug-in still gets its report";
 }
 
 } // namespace

@@ -52,22 +52,12 @@ INSTANTIATE_TEST_SUITE_P(
 
 TEST(hostScript, ReadsStepsWatchdogAndResultCodes)
 {
+    // Steps are read in the runner's tests; here the default watchdog and comments anywhere.
     CScript script;
     QString error;
-    ASSERT_EQ(QV::kOk, script.Parse(R"({"watchdog_ms": 1500, "comment": "x", "steps": [
-        {"step": "select", "ids": ["a"], "comment": "why"},
-        {"step": "fail", "operation": "ExportGoZ", "code": "0x80000005", "nth": 2},
-        {"step": "click", "widget": "qtGoZButton", "fallback": "qtCancelButton", "only_if_clicked": "x"}
-    ]})", error)) << error.toStdString();
-    EXPECT_EQ(1500, script.WatchdogMs());
-    ASSERT_EQ(3, script.Steps().size());
-    EXPECT_EQ(QStringLiteral("fail"), script.Steps().at(1).m_strName);
-    EXPECT_EQ(2, script.Steps().at(2).m_iIndex);
-
-    CScript defaults;
-    ASSERT_EQ(QV::kOk, defaults.Parse(R"({"steps": []})", error));
-    EXPECT_EQ(CScript::kDefaultWatchdogMs, defaults.WatchdogMs());
-
+    ASSERT_EQ(QV::kOk, script.Parse(R"({"comment": "x", "steps": [{"step": "clear_log", "comment": "why"}]})", error))
+        << error.toStdString();
+    EXPECT_EQ(CScript::kDefaultWatchdogMs, script.WatchdogMs());
     const struct
     {
         QJsonValue m_kValue;

@@ -1,7 +1,6 @@
 #include "CFakePlugin.h"
 
 #include "CEventSender.h"
-#include "CMiravaInterface.h"
 
 #include <QAction>
 #include <QCheckBox>
@@ -25,9 +24,15 @@ QPushButton* AddButton(QDialog* dialog, QLayout* layout, const char* name)
     return button;
 }
 
-} // namespace
+QAction* AddAction(QWidget* parent, const char* name)
+{
+    auto* action = new QAction(QString::fromLatin1(name), parent);
+    action->setObjectName(QString::fromLatin1(name));
+    parent->addAction(action);
+    return action;
+}
 
-CFakePlugin::CFakePlugin() = default;
+} // namespace
 
 CFakePlugin::~CFakePlugin()
 {
@@ -39,13 +44,12 @@ CFakePlugin::~CFakePlugin()
     }
 }
 
-QV::Result CFakePlugin::Initialize(const QString& pluginFolder, const QString& secondPath, CMiravaInterface* host)
+QV::Result CFakePlugin::Initialize(const QString&, const QString& secondPath, CMiravaInterface* host)
 {
     if (host == nullptr) {
         return QV::kInvalidArg;
     }
     m_pHost = host;
-    setProperty("pluginFolder", pluginFolder);
     setProperty("secondPath", secondPath);
     // Lets a test make Initialize fail through the host.
     if (host->Query()->GetMainWindow() == nullptr) {
@@ -54,27 +58,17 @@ QV::Result CFakePlugin::Initialize(const QString& pluginFolder, const QString& s
 
     auto* menu = new QMenu(QStringLiteral("Fake"));
     menu->setObjectName(QStringLiteral("fakeMenu"));
-    auto* dialogAction = menu->addAction(QStringLiteral("Open dialog"));
-    dialogAction->setObjectName(QStringLiteral("fakeDialogAction"));
-    auto* startAction = menu->addAction(QStringLiteral("Start program"));
-    startAction->setObjectName(QStringLiteral("fakeStartAction"));
-    auto* disabledAction = menu->addAction(QStringLiteral("Never"));
-    disabledAction->setObjectName(QStringLiteral("fakeDisabledAction"));
-    disabledAction->setEnabled(false);
-    auto* subMenu = menu->addMenu(QStringLiteral("More"));
-    auto* nestedAction = subMenu->addAction(QStringLiteral("Nested"));
-    nestedAction->setObjectName(QStringLiteral("fakeNestedMenuAction"));
+    connect(AddAction(menu, "fakeDialogAction"), &QAction::triggered, this, &CFakePlugin::OnDialog);
+    connect(AddAction(menu, "fakeStartAction"), &QAction::triggered, this, &CFakePlugin::OnStartProgram);
+    AddAction(menu, "fakeDisabledAction")->setEnabled(false);
+    AddAction(menu->addMenu(QStringLiteral("More")), "fakeNestedMenuAction");
     m_kMenus.Add(QPointer<QMenu>(menu));
 
     auto* toolBar = new QToolBar(QStringLiteral("Fake tools"));
     toolBar->setObjectName(QStringLiteral("fakeToolBar"));
-    auto* callAction = toolBar->addAction(QStringLiteral("Call host"));
-    callAction->setObjectName(QStringLiteral("fakeCallAction"));
+    connect(AddAction(toolBar, "fakeCallAction"), &QAction::triggered, this, &CFakePlugin::OnCallHost);
     m_kToolBars.Add(QPointer<QToolBar>(toolBar));
 
-    connect(dialogAction, &QAction::triggered, this, &CFakePlugin::OnDialog);
-    connect(callAction, &QAction::triggered, this, &CFakePlugin::OnCallHost);
-    connect(startAction, &QAction::triggered, this, &CFakePlugin::OnStartProgram);
     CEventSender* sender = host->GetEventSender();
     connect(sender, &CEventSender::ObjectSelectionChanged, this,
             [this] { setProperty("selectionChanges", property("selectionChanges").toInt() + 1); });
@@ -82,29 +76,6 @@ QV::Result CFakePlugin::Initialize(const QString& pluginFolder, const QString& s
     CFakePlugin* self = this;
     connect(sender, &CEventSender::Played, sender, [self] { self->setProperty("played", self->property("played").toInt() + 1); });
     host->Registry()->RegisterPluginValue(this, host->File()->GetPluginValue(this));
-    return QV::kOk;
-}
-
-QV::Result CFakePlugin::Finalize()
-{
-    return QV::kNothingDone;
-}
-
-QV::Result CFakePlugin::Activate()
-{
-    return QV::kNothingDone;
-}
-
-QV::Result CFakePlugin::Deactivate()
-{
-    return QV::kNothingDone;
-}
-
-QV::Result CFakePlugin::GetContextList(QList<QAction*>& actions)
-{
-    for (const QPointer<QAction>& action : m_kContextActions) {
-        actions.append(action.data());
-    }
     return QV::kOk;
 }
 
@@ -122,16 +93,6 @@ QV::Result CFakePlugin::GetToolBarsList(QList<QToolBar*>& toolBars)
         toolBars.append(toolBar.data());
     }
     return QV::kOk;
-}
-
-bool CFakePlugin::IsValid(CMiravaInterface* host)
-{
-    return host != nullptr && host->Plugins()->IsPluginSupported();
-}
-
-quint32 CFakePlugin::GetCompatibleApps()
-{
-    return FAKE_PLUGIN_APPS;
 }
 
 void CFakePlugin::Record(const QString& tag, const QString& text, int id)

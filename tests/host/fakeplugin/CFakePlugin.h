@@ -1,6 +1,7 @@
 #pragma once
 
 #include "CAbstractPlugin.h"
+#include "CMiravaInterface.h"
 
 #include <QWidget>
 
@@ -19,18 +20,17 @@ class CFakePlugin : public QWidget, public CAbstractPlugin
     Q_PLUGIN_METADATA(IID FAKE_PLUGIN_IID)
     Q_INTERFACES(CPluginInterface)
 public:
-    CFakePlugin();
     ~CFakePlugin() override;
 
     QV::Result Initialize(const QString& pluginFolder, const QString& secondPath, CMiravaInterface* host) override;
-    QV::Result Finalize() override;
-    QV::Result Activate() override;
-    QV::Result Deactivate() override;
-    QV::Result GetContextList(QList<QAction*>& actions) override;
+    QV::Result Finalize() override { return QV::kNothingDone; }
+    QV::Result Activate() override { return QV::kNothingDone; }
+    QV::Result Deactivate() override { return QV::kNothingDone; }
+    QV::Result GetContextList(QList<QAction*>&) override { return QV::kOk; }
     QV::Result GetMenusList(QList<QMenu*>& menus) override;
     QV::Result GetToolBarsList(QList<QToolBar*>& toolBars) override;
-    bool IsValid(CMiravaInterface* host) override;
-    quint32 GetCompatibleApps() override;
+    bool IsValid(CMiravaInterface* host) override { return host != nullptr && host->Plugins()->IsPluginSupported(); }
+    quint32 GetCompatibleApps() override { return FAKE_PLUGIN_APPS; }
 
 private:
     void OnDialog();
