@@ -1,26 +1,20 @@
 #pragma once
 
 #include <QByteArray>
-#include <QList>
-#include <QPair>
 #include <QtGlobal>
+
+#include <optional>
+#include <utility>
+#include <vector>
 
 // Sets or removes environment variables for one test and puts the old state back after it.
 class CEnvironmentGuard
 {
 public:
-    CEnvironmentGuard() = default;
-    CEnvironmentGuard(const CEnvironmentGuard&) = delete;
-    CEnvironmentGuard& operator=(const CEnvironmentGuard&) = delete;
-
     ~CEnvironmentGuard()
     {
         for (auto it = m_kSaved.crbegin(); it != m_kSaved.crend(); ++it) {
-            if (it->second.isNull()) {
-                qunsetenv(it->first.constData());
-            } else {
-                qputenv(it->first.constData(), it->second);
-            }
+            it->second ? qputenv(it->first.constData(), *it->second) : qunsetenv(it->first.constData());
         }
     }
 
@@ -39,16 +33,9 @@ public:
 private:
     void Save(const char* name)
     {
-        // A null array marks "was not set"; an empty value is kept as a non-null empty one.
-        QByteArray old;
-        if (qEnvironmentVariableIsSet(name)) {
-            old = qgetenv(name);
-            if (old.isNull()) {
-                old = QByteArray("");
-            }
-        }
-        m_kSaved.append(qMakePair(QByteArray(name), old));
+        m_kSaved.emplace_back(name, qEnvironmentVariableIsSet(name) ? std::optional<QByteArray>(qgetenv(name))
+                                                                    : std::nullopt);
     }
 
-    QList<QPair<QByteArray, QByteArray>> m_kSaved;
+    std::vector<std::pair<QByteArray, std::optional<QByteArray>>> m_kSaved;
 };

@@ -3,59 +3,36 @@
 
 #include <gtest/gtest.h>
 
-#include <ostream>
 #include <utility>
 
 namespace {
 
-struct RootCase
+TEST(GoZPaths, PixologicRootFollowsThePublicVariable)
 {
-    const char* name;
-    const char* lower;  // value of "public", nullptr for unset
-    const char* upper;  // value of "PUBLIC", nullptr for unset
-    const char* root;
-};
-
-void PrintTo(const RootCase& c, std::ostream* out)
-{
-    *out << c.name;
-}
-
-class PixologicRootTable : public ::testing::TestWithParam<RootCase>
-{
-};
-
-TEST_P(PixologicRootTable, FollowsThePublicVariable)
-{
-    const RootCase& c = GetParam();
-    CEnvironmentGuard environment;
-    environment.Unset("Public");
-    for (const auto& variable : {std::make_pair("public", c.lower), std::make_pair("PUBLIC", c.upper)}) {
-        if (variable.second != nullptr) {
-            environment.Set(variable.first, variable.second);
-        } else {
-            environment.Unset(variable.first);
+    const struct
+    {
+        const char* lower; // value of "public", nullptr for unset
+        const char* upper; // value of "PUBLIC", nullptr for unset
+        const char* root;
+    } cases[] = {
+        {nullptr, nullptr, "C:\\users\\public/Pixologic/"},
+        {"D:\\Shared", nullptr, "D:\\Shared/Pixologic/"},
+        {nullptr, "/tmp/sandbox", "/tmp/sandbox/Pixologic/"},
+        {"lower", "upper", "lower/Pixologic/"},
+        {"", "upper", "/Pixologic/"},
+        // Tests and the demo rely on this spelling giving the fixed root.
+        {nullptr, "C:/Users/Public", MV::GoZPaths::kFixedPixologicRoot},
+    };
+    for (const auto& c : cases) {
+        CEnvironmentGuard environment;
+        environment.Unset("Public");
+        for (const auto& variable : {std::make_pair("public", c.lower), std::make_pair("PUBLIC", c.upper)}) {
+            variable.second != nullptr ? environment.Set(variable.first, variable.second)
+                                       : environment.Unset(variable.first);
         }
+        EXPECT_EQ(MV::GoZPaths::PixologicRoot().toStdString(), c.root)
+            << (c.lower != nullptr ? c.lower : "(unset)") << " / " << (c.upper != nullptr ? c.upper : "(unset)");
     }
-    EXPECT_EQ(MV::GoZPaths::PixologicRoot().toStdString(), c.root);
-}
-
-INSTANTIATE_TEST_SUITE_P(
-    GoZPaths, PixologicRootTable,
-    ::testing::Values(RootCase{"UnsetGivesDefault", nullptr, nullptr, "C:\\users\\public/Pixologic/"},
-                      RootCase{"LowerCase", "D:\\Shared", nullptr, "D:\\Shared/Pixologic/"},
-                      RootCase{"UpperCaseOnly", nullptr, "/tmp/sandbox", "/tmp/sandbox/Pixologic/"},
-                      RootCase{"ExactNameWins", "lower", "upper", "lower/Pixologic/"},
-                      RootCase{"EmptyIsKept", "", "upper", "/Pixologic/"}),
-    [](const ::testing::TestParamInfo<RootCase>& info) { return std::string(info.param.name); });
-
-TEST(GoZPaths, SandboxRootMatchesTheFixedRoot)
-{
-    // Tests and the demo rely on this: PUBLIC=C:/Users/Public makes both spellings one folder.
-    CEnvironmentGuard environment;
-    environment.Unset("public");
-    environment.Set("PUBLIC", "C:/Users/Public");
-    EXPECT_EQ(MV::GoZPaths::PixologicRoot(), QString::fromLatin1(MV::GoZPaths::kFixedPixologicRoot));
 }
 
 } // namespace

@@ -16,62 +16,36 @@ namespace {
 
 using Names = std::vector<std::string>;
 
-mode_t ModeOf(const std::string& path)
-{
-    struct stat info {};
-    return ::stat(path.c_str(), &info) == 0 ? (info.st_mode & 07777) : 0;
-}
-
-TEST(KeyValueFilePosix, ReplacementKeepsAccessRights)
-{
-    CKeyValueTestFiles files;
-    ASSERT_TRUE(files.IsValid());
-    const std::string path = files.Write("config.txt", "A=1\n");
-    ASSERT_EQ(::chmod(path.c_str(), 0640), 0);
-
-    SetKeyValue(path.c_str(), "A", "2");
-    EXPECT_EQ(CKeyValueTestFiles::Read(path), "A = 2\n");
-    EXPECT_EQ(ModeOf(path), 0640u);
-}
-
-TEST(KeyValueFilePosix, SymbolicLinkStaysALink)
+TEST(KeyValueFilePosix, LinkFollowedAndRightsKept)
 {
     CKeyValueTestFiles files;
     ASSERT_TRUE(files.IsValid());
     const std::string target = files.Write("real.txt", "A=1\n");
     const std::string link = files.Path("link.txt");
+    ASSERT_EQ(::chmod(target.c_str(), 0640), 0);
     ASSERT_EQ(::symlink(target.c_str(), link.c_str()), 0);
 
     SetKeyValue(link.c_str(), "B", "2");
     struct stat info {};
     ASSERT_EQ(::lstat(link.c_str(), &info), 0);
     EXPECT_TRUE(S_ISLNK(info.st_mode));
+    ASSERT_EQ(::stat(target.c_str(), &info), 0);
+    EXPECT_EQ(info.st_mode & 07777, 0640u);
     EXPECT_EQ(CKeyValueTestFiles::Read(target), "A=1\nB = 2\n");
     EXPECT_EQ(files.Entries(), (Names{"link.txt", "real.txt"}));
 }
 
-TEST(KeyValueFilePosix, ReadOnlyFileLeftAlone)
-{
-    if (::geteuid() == 0) {
-        GTEST_SKIP() << "root may write any file";
-    }
-    CKeyValueTestFiles files;
-    ASSERT_TRUE(files.IsValid());
-    const std::string path = files.Write("config.txt", "A=1\n");
-    ASSERT_EQ(::chmod(path.c_str(), 0444), 0);
-
-    SetKeyValue(path.c_str(), "A", "2");
-    EXPECT_EQ(CKeyValueTestFiles::Read(path), "A=1\n");
-    EXPECT_EQ(files.Entries().size(), 1);
-}
-
-// Writes may fail part-way (disk full); a file-size limit makes that happen even for root.
-void SetKeyValueWithFileSizeLimit(const std::string& path, rlim_t limit)
+// In a child process, as an unprivileged user (root may write any file) and with a file-size
+// limit, so that a write can fail part-way as on a full disk.
+void SetKeyValueInChild(const std::string& path, rlim_t sizeLimit)
 {
     std::signal(SIGXFSZ, SIG_IGN);
-    const struct rlimit small = {limit, limit};
-    if (::setrlimit(RLIMIT_FSIZE, &small) != 0) {
+    const struct rlimit limit = {sizeLimit, sizeLimit};
+    if (::setrlimit(RLIMIT_FSIZE, &limit) != 0 || (::geteuid() == 0 && ::setuid(65534) != 0)) {
         std::_Exit(2);
+    }
+    if (::access(path.c_str(), R_OK) != 0) {
+        std::_Exit(3);
     }
     SetKeyValue(path.c_str(), "A", "2");
     std::_Exit(0);
@@ -81,17 +55,32 @@ TEST(KeyValueFilePosix, FailedWriteLeavesOriginalWhole)
 {
     // The child must work on this very file, so fork without re-running the test.
     GTEST_FLAG_SET(death_test_style, "fast");
-    CKeyValueTestFiles files;
-    ASSERT_TRUE(files.IsValid());
-    std::string content = "A=1\n";
-    while (content.size() < 64 * 1024) {
-        content += "FILLER = " + std::string(70, 'f') + "\n";
+    std::string big = "A=1\n";
+    while (big.size() < 64 * 1024) {
+        big += "FILLER = " + std::string(70, 'f') + "\n";
     }
-    const std::string path = files.Write("config.txt", content);
+    const struct
+    {
+        const char* name;
+        std::string content;
+        mode_t mode;
+        rlim_t sizeLimit;
+    } cases[] = {
+        {"read-only file", "A=1\n", 0444, RLIM_INFINITY},
+        {"disk full", big, 0666, 4096},
+    };
+    for (const auto& c : cases) {
+        CKeyValueTestFiles files;
+        ASSERT_TRUE(files.IsValid());
+        // Only the file's own rights may stop the write, not the folder's.
+        ASSERT_EQ(::chmod(files.Path("").c_str(), 0777), 0);
+        const std::string path = files.Write("config.txt", c.content);
+        ASSERT_EQ(::chmod(path.c_str(), c.mode), 0);
 
-    EXPECT_EXIT(SetKeyValueWithFileSizeLimit(path, 4096), ::testing::ExitedWithCode(0), "");
-    EXPECT_EQ(CKeyValueTestFiles::Read(path), content);
-    EXPECT_EQ(files.Entries(), Names{"config.txt"});
+        EXPECT_EXIT(SetKeyValueInChild(path, c.sizeLimit), ::testing::ExitedWithCode(0), "") << c.name;
+        EXPECT_EQ(CKeyValueTestFiles::Read(path), c.content) << c.name;
+        EXPECT_EQ(files.Entries(), Names{"config.txt"}) << c.name;
+    }
 }
 
 } // namespace

@@ -12,9 +12,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
 {
     const char* bytes = reinterpret_cast<const char*>(data);
     const void* zero = std::memchr(bytes, '\0', size);
-    const std::size_t keyLength = zero != nullptr ? static_cast<const char*>(zero) - bytes : size;
-    const std::string key(bytes, keyLength);
-    const std::size_t textStart = zero != nullptr ? keyLength + 1 : size;
+    const std::string key(bytes, zero != nullptr ? static_cast<const char*>(zero) - bytes : size);
+    const std::size_t textStart = zero != nullptr ? key.size() + 1 : size;
     const std::string text(bytes + textStart, size - textStart);
 
     std::string value;

@@ -4,8 +4,9 @@
 #include <QTemporaryDir>
 
 #include <algorithm>
-#include <cstdio>
 #include <filesystem>
+#include <fstream>
+#include <iterator>
 #include <string>
 #include <system_error>
 #include <vector>
@@ -15,10 +16,6 @@
 class CKeyValueTestFiles
 {
 public:
-    CKeyValueTestFiles() = default;
-    CKeyValueTestFiles(const CKeyValueTestFiles&) = delete;
-    CKeyValueTestFiles& operator=(const CKeyValueTestFiles&) = delete;
-
     // Qt cannot name files whose bytes do not decode; remove them here.
     ~CKeyValueTestFiles()
     {
@@ -27,50 +24,21 @@ public:
     }
 
     bool IsValid() const { return m_kDir.isValid(); }
-
-    std::string Path(const std::string& name) const
-    {
-        return Root() + "/" + name;
-    }
+    std::string Path(const std::string& name) const { return Root() + "/" + name; }
 
     std::string Write(const std::string& name, const std::string& bytes) const
     {
-        const std::string path = Path(name);
-        std::FILE* file = std::fopen(path.c_str(), "wb");
-        if (file != nullptr) {
-            std::fwrite(bytes.data(), 1, bytes.size(), file);
-            std::fclose(file);
-        }
-        return path;
-    }
-
-    static bool Exists(const std::string& path)
-    {
-        std::FILE* file = std::fopen(path.c_str(), "rb");
-        if (file == nullptr) {
-            return false;
-        }
-        std::fclose(file);
-        return true;
+        std::ofstream(Path(name), std::ios::binary) << bytes;
+        return Path(name);
     }
 
     static std::string Read(const std::string& path)
     {
-        std::string bytes;
-        std::FILE* file = std::fopen(path.c_str(), "rb");
-        if (file == nullptr) {
-            return "<missing>";
-        }
-        char chunk[4096];
-        std::size_t count = 0;
-        while ((count = std::fread(chunk, 1, sizeof(chunk), file)) > 0) {
-            bytes.append(chunk, count);
-        }
-        std::fclose(file);
-        return bytes;
+        std::ifstream in(path, std::ios::binary);
+        return in ? std::string(std::istreambuf_iterator<char>(in), {}) : "<missing>";
     }
 
-    // Every entry in the folder as raw names, sorted, so a test can see that nothing was left behind.
+    // Every entry in the folder, sorted, so a test can see that nothing was left behind.
     std::vector<std::string> Entries() const
     {
         std::vector<std::string> names;

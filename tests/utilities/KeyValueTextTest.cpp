@@ -6,7 +6,6 @@
 #include <QDir>
 #include <QFile>
 
-#include <cstring>
 #include <random>
 #include <string>
 #include <vector>
@@ -26,11 +25,6 @@ std::string Remove(const std::string& text, const std::string& key)
     return MV::KeyValue::RemoveKeyLines(text.data(), text.size(), key.c_str());
 }
 
-bool EndsWithLineEndOrEmpty(const std::string& text)
-{
-    return text.empty() || text.back() == '\n' || text.back() == '\r';
-}
-
 // Checks that hold for any text and a plain key (no blanks at its ends, no "=", no line ends).
 void CheckProperties(const std::string& text, const std::string& key, const std::string& value)
 {
@@ -41,41 +35,12 @@ void CheckProperties(const std::string& text, const std::string& key, const std:
     EXPECT_EQ(Remove(kept, key), kept);
 
     // What SetKeyValue writes must read back as the new value.
-    const std::string written = kept + key + " = " + value + "\n";
-    if (EndsWithLineEndOrEmpty(kept)) {
+    if (kept.empty() || kept.back() == '\n' || kept.back() == '\r') {
+        const std::string written = kept + key + " = " + value + "\n";
         ASSERT_TRUE(Find(written, key, found));
         EXPECT_EQ(found, value);
         EXPECT_EQ(Remove(written, key), kept);
     }
-}
-
-TEST(KeyValueText, KeyMatchesByPrefixIgnoringCase)
-{
-    const struct
-    {
-        const char* lineKey;
-        const char* key;
-        bool matches;
-    } cases[] = {
-        {"GOZ", "GOZ_OBJECT_LIST", true}, {"goz_object_list", "GOZ_OBJECT_LIST", true},
-        {"GOZ_OBJECT_LISTS", "GOZ_OBJECT_LIST", false}, {"GOY", "GOZ", false},
-        {"", "GOZ", false}, {"GOZ", "", false}, {"GOZ", nullptr, false},
-        {"\xc9", "\xc9", true}, {"_", "\x7f", false},
-    };
-    for (const auto& c : cases) {
-        EXPECT_EQ(MV::KeyValue::KeyMatches(c.lineKey, std::strlen(c.lineKey), c.key), c.matches)
-            << c.lineKey << " / " << (c.key != nullptr ? c.key : "(null)");
-    }
-}
-
-TEST(KeyValueText, LineWithoutEqualsHasNoValue)
-{
-    const std::string text = "A = 1\nKEY\nKEY = 2\n";
-    std::string value = "old";
-    bool hasValue = true;
-    EXPECT_TRUE(MV::KeyValue::FindKeyValue(text.data(), text.size(), "key", value, hasValue));
-    EXPECT_FALSE(hasValue);
-    EXPECT_EQ(value, "old");
 }
 
 TEST(KeyValueText, GeneratedTextsKeepTheRules)
@@ -85,7 +50,7 @@ TEST(KeyValueText, GeneratedTextsKeepTheRules)
     const std::vector<std::string> keys = {"a", "A", "ab", "B", "aB", "ba", "aaa"};
     const std::vector<std::string> values = {"", "v", "q\"", "x=y", "a b"};
     std::mt19937 random(20261115u);
-    for (int round = 0; round < 3000; ++round) {
+    for (int round = 0; round < 3000 && !HasFailure(); ++round) {
         std::string text;
         const int length = static_cast<int>(random() % 60);
         for (int i = 0; i < length; ++i) {
@@ -95,9 +60,6 @@ TEST(KeyValueText, GeneratedTextsKeepTheRules)
         const std::string& value = values[random() % values.size()];
         SCOPED_TRACE(::testing::Message() << "round " << round << " text " << ::testing::PrintToString(text));
         CheckProperties(text, key, value);
-        if (HasFailure()) {
-            return;
-        }
     }
 }
 
@@ -110,10 +72,9 @@ TEST(KeyValueText, KeptInputsReplay)
         QFile file(folder.filePath(name));
         ASSERT_TRUE(file.open(QIODevice::ReadOnly)) << name.toStdString();
         const QByteArray bytes = file.readAll();
-        const std::string text(bytes.constData(), static_cast<std::size_t>(bytes.size()));
         SCOPED_TRACE(name.toStdString());
         for (const char* key : {"GOZ", "GOZ_OBJECT_LIST", "PATH", "k"}) {
-            CheckProperties(text, key, "value");
+            CheckProperties(bytes.toStdString(), key, "value");
         }
     }
 }

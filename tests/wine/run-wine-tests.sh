@@ -58,12 +58,11 @@ reg_add() {
 }
 key='HKLM\SOFTWARE\MVGoZWineTest'
 reg_add "$key" /v 'Main Program' /t REG_SZ /d 'C:\Program Files\Figmora\Figmora.exe' /reg:64
-reg_add "$key" /v 'Accented' /t REG_SZ /d 'Café üß' /reg:64
+reg_add "$key" /v 'Accented' /t REG_SZ /d 'Café üß 中' /reg:64
 reg_add "$key" /v 'Empty' /t REG_SZ /d '' /reg:64
 reg_add "$key" /v 'Long' /t REG_SZ /d "$(printf '%0600d' 0 | tr 0 x)" /reg:64
 reg_add "$key" /v 'Count' /t REG_DWORD /d 42 /reg:64
 reg_add "$key" /v 'Expandable' /t REG_EXPAND_SZ /d '%PUBLIC%' /reg:64
-reg_add 'HKLM\SOFTWARE\MVGoZWineTest32' /v 'Only32' /t REG_SZ /d 'x' /reg:32
 ready=$(date +%s)
 
 cd "$tmp/work" || exit 1
