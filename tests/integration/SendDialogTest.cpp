@@ -11,29 +11,11 @@ using namespace MV::Test;
 
 namespace {
 
-const QByteArray kScene = R"({
-  "objects": [
-    {"id": "hero", "name": "Hero", "kind": 1, "node_type": 4, "avatar_type": 4, "character_tag": "Standard"},
-    {"id": "hero_teeth", "name": "Hero_Teeth", "kind": 2, "node_type": 36, "parent": "hero"},
-    {"id": "hero_brow", "name": "Hero_Brow", "kind": 2, "node_type": 49, "parent": "hero"},
-    {"id": "lamp", "name": "Desk Lamp", "kind": 3, "lod_meshes": ["Desk Lamp_LOD1"]},
-    {"id": "box1", "name": "Box", "kind": 3},
-    {"id": "box2", "name": "Box", "kind": 3},
-    {"id": "star", "name": "Star", "kind": 3, "polygon_supported": false},
-    {"id": "statue", "name": "Zoë Statue", "kind": 3},
-    {"id": "shelf", "name": "Shelf", "kind": 3, "node_type": 5},
-    {"id": "old", "name": "Old Hero", "kind": 1, "node_type": 1, "avatar_type": 1}
-  ],
-  "supported_character_tags": ["Standard"],
-  "split_mesh_names": [{"name": "Hero_Body"}, {"bit": 1, "name": "Hero_EyeWinker"}, {"bit": 64, "name": "Hero_SkinHead"}],
-  "extra_mesh_names": ["FM_Base_Upper_Teeth", "FM_Base_Lower_Teeth"],
-  "registry": {"SOFTWARE\\Quorvane\\Figmora\\4.0": {"Main Program": "C:\\Program Files\\Figmora\\Figmora.exe"}}
-})";
 
 class SendDialog : public SendFixture
 {
 protected:
-    void SetUp() override { Start(kScene); }
+    void SetUp() override { Start(kSendScene); }
 
     QCheckBox* Box(QCheckBox* CFMtoZBrushDlgUiComponent::*member) const { return m_pDialog->Ui().*member; }
 };

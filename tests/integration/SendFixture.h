@@ -39,6 +39,29 @@ QT_END_NAMESPACE
 namespace MV {
 namespace Test {
 
+// A standard character with teeth and face parts, a legacy character, and props that cover
+// the send rules: a LOD mesh, equal names, a five-sided mesh, non-ASCII and long names.
+const QByteArray kSendScene = R"({
+  "objects": [
+    {"id": "hero", "name": "Hero", "kind": 1, "node_type": 4, "avatar_type": 4, "character_tag": "Standard"},
+    {"id": "hero_teeth", "name": "Hero_Teeth", "kind": 2, "node_type": 36, "parent": "hero"},
+    {"id": "hero_brow", "name": "Hero_Brow", "kind": 2, "node_type": 49, "parent": "hero"},
+    {"id": "lamp", "name": "Desk Lamp", "kind": 3, "lod_meshes": ["Desk Lamp_LOD1"]},
+    {"id": "crate", "name": "Crate", "kind": 3},
+    {"id": "box1", "name": "Box", "kind": 3},
+    {"id": "box2", "name": "Box", "kind": 3},
+    {"id": "star", "name": "Star", "kind": 3, "polygon_supported": false},
+    {"id": "statue", "name": "Zoë Statue", "kind": 3},
+    {"id": "shelf", "name": "Shelf", "kind": 3, "node_type": 5},
+    {"id": "old", "name": "Old Hero", "kind": 1, "node_type": 1, "avatar_type": 1},
+    {"id": "long", "name": "A_very_long_mesh_name_that_goes_on_and_on_past_ninety_five_bytes_of_text_for_the_object_list_x", "kind": 3}
+  ],
+  "supported_character_tags": ["Standard"],
+  "split_mesh_names": [{"name": "Hero_Body"}, {"bit": 1, "name": "Hero_EyeWinker"}, {"bit": 1024, "name": "Hero_SkinRest"}],
+  "extra_mesh_names": ["FM_Base_Upper_Teeth", "FM_Base_Lower_Teeth"],
+  "registry": {"SOFTWARE\\Quorvane\\Figmora\\4.0": {"Main Program": "C:\\Program Files\\Figmora\\Figmora.exe"}}
+})";
+
 inline QByteArray ReadFile(const QString& path)
 {
     QFile file(path);
