@@ -5,6 +5,7 @@
 #include "CReport.h"
 #include "CSandbox.h"
 #include "CScene.h"
+#include "QtPrinters.h"
 
 #include <QByteArray>
 #include <QString>
@@ -16,17 +17,6 @@
 #include <ostream>
 #include <string>
 
-// Readable failure messages for Qt strings.
-QT_BEGIN_NAMESPACE
-inline void PrintTo(const QString& text, std::ostream* out)
-{
-    *out << '"' << text.toStdString() << '"';
-}
-inline void PrintTo(const QStringList& list, std::ostream* out)
-{
-    *out << '[' << list.join(QStringLiteral(", ")).toStdString() << ']';
-}
-QT_END_NAMESPACE
 
 namespace MV {
 namespace Host {

@@ -6,6 +6,7 @@
 #include "CScene.h"
 #include "FMToZBrushDlg.h"
 #include "GoZPaths.h"
+#include "QtPrinters.h"
 #include "ZBrushToFMDlg.h"
 
 #include <QByteArray>
@@ -25,16 +26,6 @@
 #include <memory>
 #include <ostream>
 
-QT_BEGIN_NAMESPACE
-inline void PrintTo(const QByteArray& bytes, std::ostream* out)
-{
-    *out << '"' << bytes.toPercentEncoding(" /:._-\"").constData() << '"';
-}
-inline void PrintTo(const QString& text, std::ostream* out)
-{
-    *out << '"' << text.toStdString() << '"';
-}
-QT_END_NAMESPACE
 
 namespace MV {
 namespace Test {
