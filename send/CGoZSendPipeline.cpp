@@ -13,6 +13,7 @@
 #include <QProcess>
 #include <QSaveFile>
 
+#include <algorithm>
 #include <unordered_set>
 
 namespace MV {
@@ -101,6 +102,7 @@ EGozPoseOption CGoZSendPipeline::ExportPoseOption(bool hasCharacter, const CSend
 QV::Result CGoZSendPipeline::RemoveLodMeshes(const CFMToZBrushMeshInfoList& records)
 {
     QV::CArrayList<QV::CHandle*> withLods;
+    std::unordered_set<QV::CHandle*> collected;
     for (const CFMToZBrushMeshInfo& info : records) {
         for (QV::CHandle* object : info.m_kObjectList) {
             QV::Result result = QV::kOk;
@@ -109,7 +111,7 @@ QV::Result CGoZSendPipeline::RemoveLodMeshes(const CFMToZBrushMeshInfoList& reco
             if (QV::Failed(result)) {
                 return result;
             }
-            if (lods.GetCount() > 0 && !withLods.Contains(object)) {
+            if (lods.GetCount() > 0 && collected.insert(object).second) {
                 result = withLods.Add(object);
                 if (QV::Failed(result)) {
                     return result;
@@ -170,9 +172,27 @@ QV::Result CGoZSendPipeline::GatherNames(const CFMToZBrushMeshInfo& info, QV::CH
     return result;
 }
 
+CGoZSendPipeline::~CGoZSendPipeline() = default;
+
 QV::Result CGoZSendPipeline::Export(CFMToZBrushMeshInfoList& records, const QStringList& projectFiles,
                                     const CSendOptions& options, bool exportPose,
                                     QV::CArrayList<std::wstring>& exportedNames)
+{
+    // An earlier run that never reached the object list: its list still names the old files.
+    if (m_pSetAside) {
+        m_pSetAside->Restore();
+    }
+    m_pSetAside = std::make_unique<CRelinkSetAside>(ProjectFolder());
+    const QV::Result result = ExportSteps(records, projectFiles, options, exportPose, exportedNames);
+    if (QV::Failed(result)) {
+        m_pSetAside->Restore();
+    }
+    return result;
+}
+
+QV::Result CGoZSendPipeline::ExportSteps(CFMToZBrushMeshInfoList& records, const QStringList& projectFiles,
+                                         const CSendOptions& options, bool exportPose,
+                                         QV::CArrayList<std::wstring>& exportedNames)
 {
     QV::Result result = RemoveLodMeshes(records);
     if (QV::Failed(result)) {
@@ -207,15 +227,12 @@ QV::Result CGoZSendPipeline::Export(CFMToZBrushMeshInfoList& records, const QStr
     }
     const std::unordered_set<std::wstring> sentBefore(previouslySent.begin(), previouslySent.end());
 
-    for (std::size_t i = records.size(); i > 0; --i) {
-        if (records[i - 1].ActiveAction() == Skip) {
-            records.erase(records.begin() + static_cast<std::ptrdiff_t>(i - 1));
-        }
-    }
+    records.erase(std::remove_if(records.begin(), records.end(),
+                                 [](const CFMToZBrushMeshInfo& info) { return info.ActiveAction() == Skip; }),
+                  records.end());
 
     const QString projectFolder = ProjectFolder();
-    QDir project(projectFolder);
-    if (!project.exists() && !QDir().mkpath(projectFolder)) {
+    if (!QDir(projectFolder).exists() && !QDir().mkpath(projectFolder)) {
         qDebug().noquote() << "Can't create the GoZ project folder" << projectFolder;
         return QV::kFail;
     }
@@ -234,8 +251,8 @@ QV::Result CGoZSendPipeline::Export(CFMToZBrushMeshInfoList& records, const QStr
                 if (action == Relink) {
                     if (sentBefore.count(name) != 0) {
                         const QString base = QString::fromStdWString(name);
-                        project.remove(base + QStringLiteral(".goz"));
-                        project.remove(base + QStringLiteral(".mvMotionPlus"));
+                        m_pSetAside->Take(base + QStringLiteral(".goz"));
+                        m_pSetAside->Take(base + QStringLiteral(".mvMotionPlus"));
                     }
                 } else {
                     QV::Result nameResult = QV::kOk;
@@ -365,6 +382,22 @@ QV::Result CGoZSendPipeline::StartBridgeProgram(const QString& infoFile, const c
 
 void CGoZSendPipeline::WriteGoZExchangeFiles(QV::Result& result, const QV::CArrayList<std::wstring>& names)
 {
+    bool listWritten = false;
+    WriteExchangeFileSteps(result, names, listWritten);
+    if (m_pSetAside) {
+        // Until the new list is in place, ZBrush reads the old one: it gets its files back.
+        if (listWritten) {
+            m_pSetAside->Discard();
+        } else {
+            m_pSetAside->Restore();
+        }
+        m_pSetAside.reset();
+    }
+}
+
+void CGoZSendPipeline::WriteExchangeFileSteps(QV::Result& result, const QV::CArrayList<std::wstring>& names,
+                                              bool& listWritten)
+{
     const QString appFolder = ApplicationFolder();
     const QString infoFile = appFolder + QStringLiteral("GoZ_Info.txt");
 
@@ -422,6 +455,7 @@ void CGoZSendPipeline::WriteGoZExchangeFiles(QV::Result& result, const QV::CArra
         result = QV::kFail;
         return;
     }
+    listWritten = true;
 
     result = StartBridgeProgram(infoFile, "MAKEOBJECTPATH_COMMAND", true);
     if (QV::Failed(result)) {

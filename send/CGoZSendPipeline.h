@@ -1,12 +1,14 @@
 #pragma once
 
 #include "CFMToZBrushMeshInfo.h"
+#include "CRelinkSetAside.h"
 #include "GoZTypes.h"
 
 #include <QString>
 #include <QStringList>
 
 #include <functional>
+#include <memory>
 
 class CMiravaInterface;
 
@@ -30,9 +32,12 @@ public:
     static constexpr unsigned int kTeethSplit = 16777216; // bit 24: the extra meshes alone
 
     CGoZSendPipeline(CMiravaInterface* host, const QString& pixologicRoot);
+    ~CGoZSendPipeline();
 
     // Steps before the exchange files: LODs, split, export, pose file, usage step.
     // Skip records are removed from records; exportedNames receives what the host wrote.
+    // Files replaced by Relink rows stay set aside until WriteGoZExchangeFiles has written
+    // the new object list; a failure before that puts them back.
     QV::Result Export(CFMToZBrushMeshInfoList& records, const QStringList& projectFiles, const CSendOptions& options,
                       bool exportPose, QV::CArrayList<std::wstring>& exportedNames);
 
@@ -60,6 +65,9 @@ public:
 
 private:
     QV::Result GatherNames(const CFMToZBrushMeshInfo& info, QV::CHandle* object, std::vector<std::wstring>& names);
+    QV::Result ExportSteps(CFMToZBrushMeshInfoList& records, const QStringList& projectFiles,
+                           const CSendOptions& options, bool exportPose, QV::CArrayList<std::wstring>& exportedNames);
+    void WriteExchangeFileSteps(QV::Result& result, const QV::CArrayList<std::wstring>& names, bool& listWritten);
     QV::Result StartBridgeProgram(const QString& infoFile, const char* key, bool logMissing);
 
     CMiravaInterface* m_pHost;
@@ -71,6 +79,7 @@ private:
     QV::CArrayList<std::wstring> m_kExtraNames;
     EGozPoseOption m_ePoseOption = EGozPoseOption::None;
     std::function<void(const std::wstring&)> m_fnRenamed;
+    std::unique_ptr<CRelinkSetAside> m_pSetAside;
 };
 
 } // namespace MV

@@ -129,17 +129,29 @@ void FMToZBrushDlg::SetAllActions(int index)
 
 void FMToZBrushDlg::UpdateTemplateComboBox()
 {
-    const auto every = [this](std::size_t action) {
-        return std::all_of(m_kMeshInfo.begin(), m_kMeshInfo.end(),
-                           [action](const CFMToZBrushMeshInfo& info) { return info.ActiveAction() == action; });
-    };
+    const std::size_t rows = m_kMeshInfo.size();
     const QSignalBlocker blocker(m_kUi.qtTemplateComboBox);
-    if (every(Relink)) {
+    if (m_aActionCount[Relink] == rows) {
         m_kUi.qtTemplateComboBox->setCurrentIndex(1);
-    } else if (every(Create)) {
+    } else if (m_aActionCount[Create] == rows) {
         m_kUi.qtTemplateComboBox->setCurrentIndex(0);
     } else {
         m_kUi.qtTemplateComboBox->setCurrentIndex(2);
+    }
+}
+
+void FMToZBrushDlg::CountActions()
+{
+    m_aActionCount.fill(0);
+    for (const CFMToZBrushMeshInfo& info : m_kMeshInfo) {
+        CountAction(info.ActiveAction(), 1);
+    }
+}
+
+void FMToZBrushDlg::CountAction(std::size_t action, int delta)
+{
+    if (action < m_aActionCount.size()) {
+        m_aActionCount[action] = static_cast<std::size_t>(static_cast<long long>(m_aActionCount[action]) + delta);
     }
 }
 
@@ -148,9 +160,11 @@ void FMToZBrushDlg::ChooseRowAction(int row, std::size_t action)
     if (row < 0 || static_cast<std::size_t>(row) >= m_kMeshInfo.size()) {
         return;
     }
-    m_kMeshInfo[static_cast<std::size_t>(row)].SelectAction(action);
+    CFMToZBrushMeshInfo& info = m_kMeshInfo[static_cast<std::size_t>(row)];
+    CountAction(info.ActiveAction(), -1);
+    info.SelectAction(action);
+    CountAction(info.ActiveAction(), 1);
     QTableWidget* table = m_kUi.qtFMGoZToZBrushTableWidget;
-    const CFMToZBrushMeshInfo& info = m_kMeshInfo[static_cast<std::size_t>(row)];
     const bool noNote = info.m_eNodeType == 4 || info.m_eNodeType == 35 || info.m_eNodeType == 36;
     table->setItem(row, 2, TextItem(noNote ? std::wstring() : GozExportActionInfoText(info.ActiveInfo())));
     UpdateTemplateComboBox();
@@ -158,12 +172,17 @@ void FMToZBrushDlg::ChooseRowAction(int row, std::size_t action)
 
 void FMToZBrushDlg::UpdateTable()
 {
+    CountActions();
     QTableWidget* table = m_kUi.qtFMGoZToZBrushTableWidget;
+    // Rows inserted one by one into a shown table re-place every cell widget each time:
+    // size the table once and paint it once.
+    const bool updates = table->updatesEnabled();
+    table->setUpdatesEnabled(false);
     table->setRowCount(0);
+    table->setRowCount(static_cast<int>(m_kMeshInfo.size()));
     for (std::size_t i = 0; i < m_kMeshInfo.size(); ++i) {
         const CFMToZBrushMeshInfo& info = m_kMeshInfo[i];
         const int row = static_cast<int>(i);
-        table->insertRow(row);
         table->setItem(row, 0, TextItem(info.m_strObjectName));
 
         auto* combo = new QComboBox(table);
@@ -196,6 +215,7 @@ void FMToZBrushDlg::UpdateTable()
         const bool noNote = info.m_eNodeType == 4 || info.m_eNodeType == 35 || info.m_eNodeType == 36;
         table->setItem(row, 2, TextItem(noNote ? std::wstring() : GozExportActionInfoText(info.ActiveInfo())));
     }
+    table->setUpdatesEnabled(updates);
 }
 
 QV::Result FMToZBrushDlg::BuildMeshInfo(QV::CHandle* pick, CFMToZBrushMeshInfoList& meshInfo) const

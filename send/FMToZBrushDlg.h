@@ -10,6 +10,7 @@
 #include <QPointer>
 #include <QStringList>
 
+#include <array>
 #include <memory>
 
 class CMiravaInterface;
@@ -72,12 +73,16 @@ private:
     CSendOptions CurrentOptions() const;
     void UpdateOptions(const QV::CArrayList<QV::CHandle*>& picks);
     void ChooseRowAction(int row, std::size_t action);
+    // Rows per active action, kept with every change so a row change costs no full scan.
+    void CountActions();
+    void CountAction(std::size_t action, int delta);
 
     CMiravaInterface* m_pHost = nullptr;
     CFMtoZBrushDlgUiComponent m_kUi;
     QString m_strPixologicRoot;
     bool m_bExportPose = false;
     CFMToZBrushMeshInfoList m_kMeshInfo;
+    std::array<std::size_t, 3> m_aActionCount{};
     QStringList m_kProjectFiles;
     std::unique_ptr<CGoZSendPipeline> m_kPipeline;
     std::vector<std::wstring> m_kRenamed;

@@ -291,4 +291,102 @@ TEST_F(SendPipeline, PreviousObjectListIsReadWordByWord)
     EXPECT_EQ(names, (std::vector<std::wstring>{L"Body", L"Mesh", L"Eye.part"}));
 }
 
+
+// A Relink send replaces files that ZBrush's object list names. Until the new list is
+// written, a failure must leave ZBrush exactly the files and the list it had.
+struct RelinkFailureCase
+{
+    const char* name;
+    std::function<void(SendFixture&)> arrange;
+    QV::Result result;
+    bool oldFilesKept;
+};
+
+void PrintTo(const RelinkFailureCase& c, std::ostream* out)
+{
+    *out << c.name;
+}
+
+const QByteArray kRelinkScene = R"({
+  "objects": [
+    {"id": "crate", "name": "Crate", "kind": 3},
+    {"id": "vase", "name": "Vase", "kind": 3},
+    {"id": "bowl", "name": "Bowl", "kind": 3}
+  ],
+  "registry": {"SOFTWARE\\Quorvane\\Figmora\\4.0": {"Main Program": "C:\\Figmora.exe"}}
+})";
+
+class RelinkFailure : public SendFixture, public ::testing::WithParamInterface<RelinkFailureCase>
+{
+public:
+    const QStringList kFiles{QStringLiteral("Crate.goz"), QStringLiteral("Vase.goz"), QStringLiteral("Bowl.goz"),
+                             QStringLiteral("Crate.mvMotionPlus")};
+};
+
+TEST_P(RelinkFailure, LeavesZBrushTheFilesItsListNames)
+{
+    const RelinkFailureCase& c = GetParam();
+    Start(kRelinkScene);
+    Pick({QStringLiteral("crate"), QStringLiteral("vase"), QStringLiteral("bowl")});
+    Open();
+    ASSERT_EQ(m_pDialog->OnGoZ(), QV::kOk);
+    for (const QString& file : kFiles) {
+        WriteFile(Project() + file, "old " + file.toUtf8());
+    }
+    // A name only the old list has tells the old list from the rewritten one.
+    const QString listPath = App() + QStringLiteral("GoZ_ObjectList.txt");
+    const QByteArray oldList = ReadFile(listPath) + kProjectPrefix + "Extra\n";
+    WriteFile(listPath, oldList);
+
+    Open();
+    m_pDialog->Ui().qtTemplateComboBox->setCurrentIndex(1);
+    ASSERT_EQ(m_pDialog->Records()[2].ActiveAction(), Relink);
+    c.arrange(*this);
+    EXPECT_EQ(m_pDialog->OnGoZ(), c.result);
+
+    for (const QString& file : kFiles) {
+        SCOPED_TRACE(file.toStdString());
+        const QByteArray content = ReadFile(Project() + file);
+        if (c.oldFilesKept) {
+            EXPECT_EQ(content, "old " + file.toUtf8());
+        } else if (file.endsWith(QLatin1String(".goz"))) {
+            EXPECT_TRUE(content.startsWith("GOZ-STANDIN")) << content.toStdString();
+        } else {
+            EXPECT_EQ(content, "<missing>") << "a relinked mesh loses its old pose file";
+        }
+    }
+    EXPECT_EQ(ReadFile(listPath) == oldList, c.oldFilesKept);
+    EXPECT_FALSE(QFileInfo::exists(Project() + CRelinkSetAside::FolderName())) << "nothing set aside is left over";
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Send, RelinkFailure,
+    ::testing::Values(
+        RelinkFailureCase{"Succeeds", [](SendFixture&) {}, QV::kOk, false},
+        RelinkFailureCase{"FirstExportFails",
+                          [](SendFixture& t) { t.m_pHost->SetFailure(QStringLiteral("ExportGoZ"), QV::kFail, 1); },
+                          QV::kFail, true},
+        RelinkFailureCase{"LaterExportFails",
+                          [](SendFixture& t) { t.m_pHost->SetFailure(QStringLiteral("ExportGoZ"), QV::kFail, 3); },
+                          QV::kFail, true},
+        RelinkFailureCase{"RegistryValueMissing",
+                          [](SendFixture& t) { WriteFile(t.m_kSandbox.RegistryFilePath(), ""); },
+                          static_cast<QV::Result>(0x80070002u), true},
+        RelinkFailureCase{"ObjectListUnwritable",
+                          [](SendFixture& t) {
+                              // The list now lies in a folder that does not exist.
+                              const QString info = t.App() + QStringLiteral("GoZ_Info.txt");
+                              WriteFile(info, ReadFile(info).replace("GoZ_ObjectList.txt", "gone/GoZ_ObjectList.txt"));
+                          },
+                          QV::kFail, true},
+        // After the list is rewritten nothing is rolled back.
+        RelinkFailureCase{"GoZBrushCommandMissing",
+                          [](SendFixture& t) {
+                              WriteFile(t.App() + QStringLiteral("GoZ_Info.txt"),
+                                        "GOZ_OBJECT_LIST = \"GoZ_ObjectList.txt\"\n"
+                                        "MAKEOBJECTPATH_COMMAND = \"../../GoZBrush/GoZMakeObjectPath.exe\"\n");
+                          },
+                          QV::kFail, false}),
+    [](const ::testing::TestParamInfo<RelinkFailureCase>& info) { return std::string(info.param.name); });
+
 } // namespace
