@@ -6,11 +6,17 @@
 #include "CSandbox.h"
 #include "CScene.h"
 #include "CSendRecordBuilder.h"
+#include "FMToZBrushDlg.h"
 #include "GoZPaths.h"
 
 #include <QApplication>
+#include <QComboBox>
+#include <QDialog>
 #include <QDir>
 #include <QFile>
+#include <QResource>
+#include <QTableWidget>
+#include <QVBoxLayout>
 
 #include <benchmark/benchmark.h>
 
@@ -206,6 +212,116 @@ void BM_SendExport(benchmark::State& state)
     state.SetComplexityN(count);
     state.SetItemsProcessed(state.iterations() * count);
 }
+
+
+// The send dialog opened over count picked props: records, table fill and first paint.
+// Its floor is a bare table with the same rows and cell widgets, filled with its row count
+// set first, in a dialog of the same size.
+class CSendDialogBench
+{
+public:
+    bool Open(int count)
+    {
+        QString error;
+        if (QV::Failed(m_kSandbox.Create(error))) {
+            return false;
+        }
+        QStringList unused;
+        m_pHost = MakeHost(count, unused);
+        if (!m_pHost || !QResource::registerResource(QStringLiteral(MVGOZ_PLUGIN_DIR "/MVGoZBrush.rcc"))) {
+            return false;
+        }
+        QStringList ids;
+        for (int i = 0; i < count; ++i) {
+            ids << QStringLiteral("p%1").arg(i);
+        }
+        if (QV::Failed(m_pHost->m_kHost.SetPicks(ids, error))) {
+            return false;
+        }
+        m_pDialog = std::make_unique<FMToZBrushDlg>(nullptr);
+        return QV::Succeeded(m_pDialog->Initialize(QStringLiteral(MVGOZ_PLUGIN_DIR "/"), QString(), m_pHost.get()));
+    }
+    ~CSendDialogBench()
+    {
+        m_pDialog.reset();
+        QResource::unregisterResource(QStringLiteral(MVGOZ_PLUGIN_DIR "/MVGoZBrush.rcc"));
+    }
+
+    Host::CSandbox m_kSandbox;
+    std::unique_ptr<CBenchHost> m_pHost;
+    std::unique_ptr<FMToZBrushDlg> m_pDialog;
+};
+
+void BM_SendDialogOpen(benchmark::State& state)
+{
+    CSendDialogBench bench;
+    if (!bench.Open(static_cast<int>(state.range(0)))) {
+        state.SkipWithError("dialog");
+        return;
+    }
+    for (auto _ : state) {
+        bench.m_pDialog->show();
+        QApplication::processEvents();
+        state.PauseTiming();
+        bench.m_pDialog->hide();
+        QApplication::processEvents();
+        bench.m_pHost->m_kHost.CallLog().Clear();
+        state.ResumeTiming();
+    }
+    state.SetComplexityN(state.range(0));
+}
+
+// Changing the all-rows combo box refills every row.
+void BM_SendDialogAllRows(benchmark::State& state)
+{
+    CSendDialogBench bench;
+    if (!bench.Open(static_cast<int>(state.range(0)))) {
+        state.SkipWithError("dialog");
+        return;
+    }
+    bench.m_pDialog->show();
+    QApplication::processEvents();
+    QComboBox* all = bench.m_pDialog->Ui().qtTemplateComboBox;
+    int index = 0;
+    for (auto _ : state) {
+        index = index == 0 ? 2 : 0;
+        all->setCurrentIndex(index);
+        QApplication::processEvents();
+    }
+    state.SetComplexityN(state.range(0));
+}
+
+void BM_BareTableFloor(benchmark::State& state)
+{
+    const int count = static_cast<int>(state.range(0));
+    QDialog dialog;
+    auto* table = new QTableWidget(0, 3, &dialog);
+    auto* layout = new QVBoxLayout(&dialog);
+    layout->addWidget(table);
+    dialog.resize(620, 640);
+    for (auto _ : state) {
+        table->setRowCount(0);
+        table->setRowCount(count);
+        for (int row = 0; row < count; ++row) {
+            table->setItem(row, 0, new QTableWidgetItem(QStringLiteral("Prop_%1").arg(row)));
+            auto* combo = new QComboBox(table);
+            combo->addItem(QStringLiteral("[MVGoZBursh] Create"));
+            table->setCellWidget(row, 1, combo);
+            table->setItem(row, 2, new QTableWidgetItem(QString()));
+        }
+        dialog.show();
+        QApplication::processEvents();
+        state.PauseTiming();
+        dialog.hide();
+        QApplication::processEvents();
+        state.ResumeTiming();
+    }
+    state.SetComplexityN(count);
+}
+
+BENCHMARK(BM_SendDialogOpen)->Arg(1000)->Arg(10000)->Unit(benchmark::kMillisecond)->MeasureProcessCPUTime()->UseRealTime();
+BENCHMARK(BM_BareTableFloor)->Arg(1000)->Arg(10000)->Unit(benchmark::kMillisecond)->MeasureProcessCPUTime()->UseRealTime();
+BENCHMARK(BM_SendDialogAllRows)->Arg(1000)->Arg(10000)->Unit(benchmark::kMillisecond)->MeasureProcessCPUTime()->UseRealTime();
 
 BENCHMARK(BM_BuildRecordsAndActions)->Arg(10)->Arg(100)->Arg(1000)->Complexity(benchmark::oN)->Unit(benchmark::kMicrosecond);
 BENCHMARK(BM_SendExport)->Arg(10)->Arg(100)->Arg(1000)->Complexity(benchmark::oN)->Unit(benchmark::kMicrosecond);

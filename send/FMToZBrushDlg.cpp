@@ -174,10 +174,12 @@ void FMToZBrushDlg::UpdateTable()
 {
     CountActions();
     QTableWidget* table = m_kUi.qtFMGoZToZBrushTableWidget;
-    // Rows inserted one by one into a shown table re-place every cell widget each time:
-    // size the table once and paint it once.
-    const bool updates = table->updatesEnabled();
-    table->setUpdatesEnabled(false);
+    // Rows inserted one by one into a shown table re-place every cell widget each time, and
+    // each cell widget shown or hidden in a visible viewport clips against all its
+    // siblings: size the table once, and fill it with its viewport hidden.
+    QWidget* viewport = table->viewport();
+    const bool viewportHidden = viewport->isHidden();
+    viewport->hide();
     table->setRowCount(0);
     table->setRowCount(static_cast<int>(m_kMeshInfo.size()));
     for (std::size_t i = 0; i < m_kMeshInfo.size(); ++i) {
@@ -215,7 +217,7 @@ void FMToZBrushDlg::UpdateTable()
         const bool noNote = info.m_eNodeType == 4 || info.m_eNodeType == 35 || info.m_eNodeType == 36;
         table->setItem(row, 2, TextItem(noNote ? std::wstring() : GozExportActionInfoText(info.ActiveInfo())));
     }
-    table->setUpdatesEnabled(updates);
+    viewport->setHidden(viewportHidden);
 }
 
 QV::Result FMToZBrushDlg::BuildMeshInfo(QV::CHandle* pick, CFMToZBrushMeshInfoList& meshInfo) const

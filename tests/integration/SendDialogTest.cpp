@@ -57,6 +57,7 @@ TEST_F(SendDialog, RowsShowRulesOfTheirRecords)
                                          "does not support."));
     EXPECT_FALSE(RowCombo(2)->isEnabled());
     EXPECT_EQ(Cell(3, 1), QStringLiteral("[MVGoZBursh] Create"));
+    EXPECT_TRUE(RowCombo(3)->isVisible()) << "the filled table shows its cells";
     // No current character: no pose, and the split group is off.
     EXPECT_FALSE(m_pDialog->Ui().qtPoseGroupBox->isVisibleTo(m_pDialog.get()));
     EXPECT_FALSE(m_pDialog->Ui().qtSplitBodyPartGroupBox->isVisibleTo(m_pDialog.get()));
@@ -171,9 +172,32 @@ TEST_F(SendDialog, AllRowsComboSetsEveryRowButSkip)
     EXPECT_EQ(m_pDialog->Records()[2].ActiveAction(), std::size_t(Skip));
     EXPECT_EQ(Cell(0, 1), QStringLiteral("[MVGoZBursh] Relink"));
 
+    EXPECT_TRUE(RowCombo(0)->isVisible()) << "the refilled table shows its cells";
+
     RowCombo(1)->setCurrentIndex(0);
     EXPECT_EQ(m_pDialog->Records()[1].ActiveAction(), std::size_t(Create));
     EXPECT_EQ(m_pDialog->Ui().qtTemplateComboBox->currentIndex(), 2);
+}
+
+TEST_F(SendDialog, AllRowsComboFollowsEveryRowChange)
+{
+    WriteFile(Project() + QStringLiteral("Desk Lamp.goz"), "earlier");
+    WriteFile(Project() + QStringLiteral("Zoë Statue.goz"), "earlier");
+    Pick({QStringLiteral("lamp"), QStringLiteral("statue")});
+    Open();
+    QComboBox* all = m_pDialog->Ui().qtTemplateComboBox;
+    EXPECT_EQ(all->currentIndex(), 0) << "every row starts as Create";
+    const struct
+    {
+        int row;
+        int rowIndex;
+        int allIndex;
+    } steps[] = {{0, 1, 2}, {1, 1, 1}, {1, 0, 2}, {0, 0, 0}, {0, 0, 0}};
+    for (const auto& step : steps) {
+        SCOPED_TRACE(testing::Message() << "row " << step.row << " -> " << step.rowIndex);
+        RowCombo(step.row)->setCurrentIndex(step.rowIndex);
+        EXPECT_EQ(all->currentIndex(), step.allIndex);
+    }
 }
 
 } // namespace
