@@ -94,6 +94,7 @@ const std::vector<std::wstring>& GozExportActionInfoTexts()
         Translate("[MVGoZBursh] It will auto rename."),
         Translate("[MVGoZBursh] This content has some name mesh. It will auto rename."),
         Translate("[MVGoZBursh] Mesh contain polygon that side of numbers more than 4, goz does not support."),
+        Translate("[MVGoZBursh] Mesh name has characters that GoZ can not carry. Rename the mesh to send it."),
     };
     return texts;
 }

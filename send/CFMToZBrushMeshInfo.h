@@ -24,6 +24,8 @@ enum EGozExportActionInfo : std::size_t
     AutoRename = 1,
     SameNameMesh = 2,
     PolygonOver4Sides = 3,
+    // The exchange files carry 8-bit names: a name they can't carry would never come back.
+    NameNotCarried = 4,
 };
 
 // One row of the send table: the mesh objects sent together and the actions offered.

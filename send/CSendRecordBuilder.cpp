@@ -1,6 +1,7 @@
 #include "CSendRecordBuilder.h"
 
 #include "CMiravaInterface.h"
+#include "Platform.h"
 
 #include <QDir>
 #include <QFileInfo>
@@ -158,6 +159,19 @@ QV::Result CSendRecordBuilder::SetGozActionInfo(CFMToZBrushMeshInfoList& meshInf
             info.SelectAction(Skip);
             break;
         }
+    }
+
+    // Told now, in the row, rather than lost on the way back.
+    for (const auto& name : names) {
+        CFMToZBrushMeshInfo& info = meshInfo[name.second];
+        if (Platform::IsNarrowText(name.first) || info.ActiveAction() == Skip) {
+            continue;
+        }
+        const QV::Result result = info.SetActiveAction(Skip, NameNotCarried);
+        if (QV::Failed(result)) {
+            return result;
+        }
+        info.SelectAction(Skip);
     }
     return QV::kOk;
 }

@@ -43,6 +43,16 @@ std::string WideToNarrow(const std::wstring& text)
     return narrow;
 }
 
+bool IsNarrowText(const std::wstring& text)
+{
+    for (const wchar_t c : text) {
+        if ((static_cast<unsigned long>(c) & 0xFFFFFFFFul) > 0xFF) {
+            return false;
+        }
+    }
+    return true;
+}
+
 std::wstring NarrowToWide(const std::string& text)
 {
     std::wstring wide;

@@ -28,6 +28,8 @@ bool GetEnvironmentValue(const std::wstring& name, std::wstring& value);
 // Latin-1 both ways: bytes 0-255 are U+0000-U+00FF; any other character becomes '?'.
 std::string WideToNarrow(const std::wstring& text);
 std::wstring NarrowToWide(const std::string& text);
+// True when WideToNarrow keeps every character, so the text comes back as it went out.
+bool IsNarrowText(const std::wstring& text);
 
 // Replacing a file without leaving it half-written. Paths are narrow and go to the C
 // runtime as they are (the ANSI code page on Windows, plain bytes elsewhere).

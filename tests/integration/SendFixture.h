@@ -43,6 +43,7 @@ const QByteArray kSendScene = R"({
     {"id": "box2", "name": "Box", "kind": 3},
     {"id": "star", "name": "Star", "kind": 3, "polygon_supported": false},
     {"id": "statue", "name": "Zoë Statue", "kind": 3},
+    {"id": "idol", "name": "雕像", "kind": 3},
     {"id": "shelf", "name": "Shelf", "kind": 3, "node_type": 5},
     {"id": "old", "name": "Old Hero", "kind": 1, "node_type": 1, "avatar_type": 1},
     {"id": "long", "name": "A_very_long_mesh_name_that_goes_on_and_on_past_ninety_five_bytes_of_text_for_the_object_list_x", "kind": 3}

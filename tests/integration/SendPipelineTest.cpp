@@ -108,8 +108,12 @@ TEST_F(SendPipeline, SkippedDuplicateTeethAndNonAsciiMeshes)
 {
     SetAvatar(QStringLiteral("hero"));
     Pick({QStringLiteral("star"), QStringLiteral("box1"), QStringLiteral("box2"), QStringLiteral("hero_teeth"),
-          QStringLiteral("statue"), QStringLiteral("long")});
+          QStringLiteral("statue"), QStringLiteral("long"), QStringLiteral("idol")});
     Open();
+    EXPECT_EQ(Cell(6, 1), QStringLiteral("[MVGoZBursh] Skip"));
+    EXPECT_EQ(Cell(6, 2), QStringLiteral("[MVGoZBursh] Mesh name has characters that GoZ can not carry. Rename the "
+                                         "mesh to send it."))
+        << "a name the 8-bit object list can't carry is refused before the send";
     ASSERT_EQ(m_pDialog->OnGoZ(), QV::kOk);
     EXPECT_EQ(ExportSplits(), (QStringList{QStringLiteral("box1:0"), QStringLiteral("box2:0"),
                                            QStringLiteral("hero_teeth:16777216"), QStringLiteral("statue:0"),
@@ -120,7 +124,7 @@ TEST_F(SendPipeline, SkippedDuplicateTeethAndNonAsciiMeshes)
                                 "FM_Base_Upper_Teeth\n" + kProjectPrefix + "FM_Base_Lower_Teeth\n" + kProjectPrefix +
                                 "Zo\xEB_Statue\n" + kProjectPrefix + longName + "\n");
     EXPECT_FALSE(QFileInfo::exists(Project() + QStringLiteral("Star.goz")));
-    EXPECT_EQ(m_pDialog->Records().size(), 6u) << "the table keeps its rows; only the send drops Skip";
+    EXPECT_EQ(m_pDialog->Records().size(), 7u) << "the table keeps its rows; only the send drops Skip";
 }
 
 TEST_F(SendPipeline, SplitBitsReachTheExportOnlyForTheCharacter)

@@ -23,16 +23,19 @@ TEST(Platform, Latin1BothWays)
     {
         std::wstring wide;
         std::string narrow;
+        bool carried;
     } cases[] = {
-        {L"caf\u00e9 \u00fc\u00df", "caf\xe9 \xfc\xdf"},
-        {L"\u00ff\u0100", "\xff?"},
-        {L"a\u4e2db", "a?b"},
-        {L"x\U0001F600y", "x?y"}, // one character beyond the BMP, one '?'
-        {std::wstring(1, static_cast<wchar_t>(-1)), "?"},
-        {std::wstring(L"a\0b", 3), "a\0b"s},
+        {L"caf\u00e9 \u00fc\u00df", "caf\xe9 \xfc\xdf", true},
+        {L"\u00ff\u0100", "\xff?", false},
+        {L"a\u4e2db", "a?b", false},
+        {L"x\U0001F600y", "x?y", false}, // one character beyond the BMP, one '?'
+        {std::wstring(1, static_cast<wchar_t>(-1)), "?", false},
+        {std::wstring(L"a\0b", 3), "a\0b"s, true},
+        {L"", "", true},
     };
     for (const auto& c : cases) {
         EXPECT_EQ(WideToNarrow(c.wide), c.narrow);
+        EXPECT_EQ(MV::Platform::IsNarrowText(c.wide), c.carried) << c.narrow;
     }
 
     std::string bytes;
