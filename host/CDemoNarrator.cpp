@@ -463,13 +463,32 @@ void TellWrites(const CPress& press, QMap<QString, int>& writtenBy, QStringList&
     }
 }
 
+// Detached programs log in whatever order they happen to start; the story tells them in
+// the order the plug-in starts them, so it reads the same on every run.
+int StartRank(const QString& program)
+{
+    static const QStringList order = {QStringLiteral("GoZMakeObjectPath.exe"), QStringLiteral("GoZBrushFromApp.exe")};
+    const int rank = order.indexOf(program);
+    return rank >= 0 ? rank : order.size();
+}
+
 void TellStarts(const CPress& press, QStringList& out)
 {
+    QVector<QJsonObject> processes;
+    for (const QJsonValue& value : press.m_kProcesses) {
+        processes.append(value.toObject());
+    }
+    std::stable_sort(processes.begin(), processes.end(), [](const QJsonObject& a, const QJsonObject& b) {
+        const QString left = Text(a, "program");
+        const QString right = Text(b, "program");
+        const int leftRank = StartRank(left);
+        const int rightRank = StartRank(right);
+        return leftRank != rightRank ? leftRank < rightRank : left < right;
+    });
     // Programs offered the same list are told together.
     QMap<QString, QStringList> programsByList;
     QStringList lists;
-    for (const QJsonValue& value : press.m_kProcesses) {
-        const QJsonObject process = value.toObject();
+    for (const QJsonObject& process : processes) {
         const QString list = process.value(QStringLiteral("object_list")).isArray()
                                  ? PathList(Strings(Array(process, "object_list")))
                                  : QStringLiteral("no object list");

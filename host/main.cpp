@@ -1,6 +1,7 @@
 #include "CBackstopWatchdog.h"
 #include "CCommandLine.h"
 #include "CDemoNarrator.h"
+#include "CPrivateRuntimeFolder.h"
 #include "CReport.h"
 #include "CRunSession.h"
 
@@ -101,6 +102,7 @@ int main(int argc, char** argv)
         args << QString::fromLocal8Bit(argv[i]);
     }
     int qtArgc = 1;
+    const MV::CPrivateRuntimeFolder runtime; // outlives the application
     QApplication app(qtArgc, argv);
     QApplication::setFont(QFont(QStringLiteral("DejaVu Sans"), 9));
     Q_INIT_RESOURCE(demo);

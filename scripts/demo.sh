@@ -16,9 +16,11 @@ fi
 rm -f "$LOG"
 echo
 
-# Qt warns without a runtime folder; give it a private one.
+# Qt warns without a runtime folder; give it a private one, removed with the run.
+runtime=""
+trap '[ -z "$runtime" ] || rm -rf "$runtime"' EXIT
 if [ -z "${XDG_RUNTIME_DIR:-}" ]; then
-    XDG_RUNTIME_DIR="$(mktemp -d)"
-    export XDG_RUNTIME_DIR
+    runtime="$(mktemp -d)"
+    export XDG_RUNTIME_DIR="$runtime"
 fi
-exec "$BUILD/bin/mvgoz-host" demo --plugin "$BUILD/plugin-folder/MVGoZBrush.so" "$@"
+"$BUILD/bin/mvgoz-host" demo --plugin "$BUILD/plugin-folder/MVGoZBrush.so" "$@"

@@ -25,6 +25,11 @@ if ((${#missing[@]})); then
     echo "Installing: ${missing[*]}"
     SUDO=""
     if [ "$(id -u)" -ne 0 ]; then
+        if ! command -v sudo >/dev/null 2>&1; then
+            echo "These packages are missing and installing them needs root: ${missing[*]}" >&2
+            echo "Run this command as root, or install sudo and give this user the right to use it." >&2
+            exit 1
+        fi
         SUDO="sudo"
     fi
     $SUDO apt-get update -qq

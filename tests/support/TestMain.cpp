@@ -1,3 +1,5 @@
+#include "CPrivateRuntimeFolder.h"
+
 #include <QApplication>
 #include <QFont>
 
@@ -9,6 +11,7 @@ int main(int argc, char** argv)
     if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM")) {
         qputenv("QT_QPA_PLATFORM", "offscreen");
     }
+    const MV::CPrivateRuntimeFolder runtime; // outlives the application
     ::testing::InitGoogleTest(&argc, argv);
     QApplication app(argc, argv);
     QApplication::setFont(QFont(QStringLiteral("DejaVu Sans"), 9));

@@ -24,6 +24,8 @@ esac
 
 started=$(date +%s)
 tmp=$(mktemp -d "${TMPDIR:-/tmp}/mvgoz-wine.XXXXXX") || exit 1
+# wine puts its server folder under TMPDIR: keep it in ours, so nothing is left in /tmp.
+export TMPDIR="$tmp/tmp"
 export WINEPREFIX="$tmp/prefix"
 export HOME="$tmp/home"
 export WINEARCH=win64
@@ -44,7 +46,7 @@ cleanup() {
 trap cleanup EXIT
 trap 'exit 130' INT TERM HUP
 
-mkdir -p "$WINEPREFIX" "$HOME" "$tmp/work" || exit 1
+mkdir -p "$WINEPREFIX" "$HOME" "$TMPDIR" "$tmp/work" || exit 1
 "$wineserver" -p || { echo "wineserver did not start"; exit 1; }
 server_started=1
 "$wine" wineboot --init >"$tmp/wineboot.log" 2>&1 || { cat "$tmp/wineboot.log"; echo "wineboot failed"; exit 1; }
