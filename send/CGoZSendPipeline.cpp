@@ -296,11 +296,18 @@ QV::Result CGoZSendPipeline::ExportSteps(CFMToZBrushMeshInfoList& records, const
         if (avatar == nullptr) {
             qDebug() << "No current character: no pose file is saved";
         } else {
-            // Named after the character, so the way back can tell an expression from a sculpt.
-            QV::Result nameResult = QV::kOk;
-            const std::wstring name = m_pHost->Query()->HandleName(nameResult, avatar);
-            if (QV::Failed(nameResult)) {
-                return nameResult;
+            // Named after the first mesh sent, under the name ZBrush returns it by: the way back
+            // tells an expression from a sculpt by a returned mesh with a pose of its name,
+            // loads the pose by that name, and a Relink of that mesh replaces it.
+            std::wstring name;
+            if (exportedNames.GetCount() > 0) {
+                name = exportedNames[0];
+            } else {
+                QV::Result nameResult = QV::kOk;
+                name = m_pHost->Query()->HandleName(nameResult, avatar);
+                if (QV::Failed(nameResult)) {
+                    return nameResult;
+                }
             }
             const QString path = projectFolder + QString::fromStdWString(name) + QStringLiteral(".mvMotionPlus");
             result = QV::kOk;

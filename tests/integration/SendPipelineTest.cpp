@@ -176,18 +176,20 @@ TEST_F(SendPipeline, EverySkippedStillWritesExchangeFilesAndStartsBothPrograms)
     EXPECT_EQ(WaitForProcesses(2).size(), 2);
 }
 
-TEST_F(SendPipeline, ExpressionSendSavesThePoseBesideTheMeshes)
+TEST_F(SendPipeline, ExpressionSendSavesThePoseUnderTheFirstFaceMeshName)
 {
+    // As the Expression GoZ command sends: the character's face meshes, named unlike it.
     SetAvatar(QStringLiteral("hero"));
-    Pick({QStringLiteral("hero")});
+    Pick({QStringLiteral("hero_brow"), QStringLiteral("hero_teeth")});
     m_pDialog->SetExpressionGoZ(true);
     Open();
     ASSERT_EQ(m_pDialog->OnGoZ(), QV::kOk);
     const QList<Host::CCallRecord> saves = Calls("SaveMotionFile");
     ASSERT_EQ(saves.size(), 1);
     EXPECT_EQ(saves[0].m_kArgs.value(0), QStringLiteral("hero"));
-    EXPECT_EQ(saves[0].m_kArgs.value(1), Project() + QStringLiteral("Hero.mvMotionPlus"));
-    EXPECT_TRUE(QFileInfo::exists(Project() + QStringLiteral("Hero.mvMotionPlus")));
+    EXPECT_EQ(saves[0].m_kArgs.value(1), Project() + QStringLiteral("Hero_Brow.mvMotionPlus"));
+    EXPECT_TRUE(QFileInfo::exists(Project() + QStringLiteral("Hero_Brow.mvMotionPlus")));
+    EXPECT_TRUE(ObjectList().startsWith(kProjectPrefix + "Hero_Brow\n")) << "the pose is named as ZBrush names the mesh";
     EXPECT_TRUE(m_pDialog->PoseFilePath().isEmpty()) << "cleared after a successful send";
 }
 
