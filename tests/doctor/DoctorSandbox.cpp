@@ -34,8 +34,9 @@ CDoctorSandbox::CDoctorSandbox(const std::string& publicName) : m_strPublicName(
     Write(InRoot("GoZApps/Figmora/GoZBrushToFM.exe"), "program");
     Write(InRoot("GoZApps/Figmora/GoZ_Info.txt"), kInfo);
     Write(InRoot("GoZApps/Figmora/GoZ_Config.txt"), "PATH = \"" + HostProgram().string() + "\"\n");
-    // As a send writes it: the project folder before each name.
-    const std::string projects = InRoot("GoZProjects/Default/").string();
+    // As a send on Windows writes it: the project folder before each name. Spelled as there,
+    // not with this sandbox's folder, which can be deep enough to pass the name limit.
+    const std::string projects = "C:/Users/Public/Pixologic/GoZProjects/Default/";
     Write(InRoot("GoZApps/Figmora/GoZ_ObjectList.txt"), projects + "Body\n" + projects + "Eye\n");
     Write(InRoot("GoZProjects/Default/Body.GoZ"), "mesh");
     Write(InRoot("GoZProjects/Default/Eye.goz"), "mesh");
