@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <string>
+#include <string_view>
 
 // The line rules of the "key = value" files, applied to bytes in memory. KeyValueFile.h
 // puts the file reading and writing around them.
@@ -21,11 +22,16 @@ constexpr std::size_t kMaxKeyBytes = 511;
 bool KeyMatches(const char* lineKey, std::size_t length, const char* key);
 
 // Looks for the first line that answers key. On a match, hasValue tells whether the line
-// has an "=", and value holds its value with enclosing double quotes removed.
+// has an "=", and value holds its value with enclosing double quotes removed (a view into
+// text for the first form).
+bool FindKeyValue(const char* text, std::size_t size, const char* key, std::string_view& value, bool& hasValue);
 bool FindKeyValue(const char* text, std::size_t size, const char* key, std::string& value, bool& hasValue);
 
-// text without the lines that answer key, each taken with the CR/LF bytes that follow it.
-// Everything else stays byte for byte.
+// Removes the lines that answer key, each taken with the CR/LF bytes that follow it, by moving
+// the rest forward; returns the size that is left. Everything else stays byte for byte.
+std::size_t RemoveKeyLinesInPlace(char* text, std::size_t size, const char* key);
+
+// The same on a copy.
 std::string RemoveKeyLines(const char* text, std::size_t size, const char* key);
 
 } // namespace KeyValue

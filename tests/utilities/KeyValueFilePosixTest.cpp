@@ -3,10 +3,13 @@
 
 #include <gtest/gtest.h>
 
+#include <chrono>
 #include <csignal>
 #include <cstdlib>
 #include <string>
+#include <thread>
 
+#include <fcntl.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -33,6 +36,55 @@ TEST(KeyValueFilePosix, LinkFollowedAndRightsKept)
     EXPECT_EQ(info.st_mode & 07777, 0640u);
     EXPECT_EQ(CKeyValueTestFiles::Read(target), "A=1\nB = 2\n");
     EXPECT_EQ(files.Entries(), (Names{"link.txt", "real.txt"}));
+}
+
+TEST(KeyValueFilePosix, PipeReadToItsEnd)
+{
+    // A pipe has no size to read by: its bytes come in as they are written, more than one
+    // reading step's worth here.
+    CKeyValueTestFiles files;
+    ASSERT_TRUE(files.IsValid());
+    const std::string pipe = files.Path("pipe.txt");
+    ASSERT_EQ(::mkfifo(pipe.c_str(), 0600), 0);
+    std::string content;
+    for (int i = 0; content.size() < 100000; ++i) {
+        content += "LINE" + std::to_string(i) + " = x\r\n";
+    }
+    content += "LAST = \"end\"";
+
+    // The writer waits for the reader to open the pipe, but not for ever.
+    bool written = false;
+    std::thread writer([&] {
+        int fd = -1;
+        for (int attempt = 0; attempt < 500 && fd < 0; ++attempt) {
+            fd = ::open(pipe.c_str(), O_WRONLY | O_NONBLOCK);
+            if (fd < 0) {
+                std::this_thread::sleep_for(std::chrono::milliseconds(10));
+            }
+        }
+        if (fd < 0) {
+            // Let a reader that came too late see an empty pipe instead of waiting.
+            ::close(::open(pipe.c_str(), O_RDWR | O_NONBLOCK));
+            return;
+        }
+        ::fcntl(fd, F_SETFL, 0);
+        std::size_t done = 0;
+        while (done < content.size()) {
+            const ssize_t count = ::write(fd, content.data() + done, content.size() - done);
+            if (count <= 0) {
+                break;
+            }
+            done += static_cast<std::size_t>(count);
+        }
+        written = done == content.size();
+        ::close(fd);
+    });
+    char value[16] = {};
+    const bool found = GetKeyValue(pipe.c_str(), "last", value, sizeof(value));
+    writer.join();
+    ASSERT_TRUE(written);
+    EXPECT_TRUE(found);
+    EXPECT_STREQ(value, "end");
 }
 
 // In a child process, as an unprivileged user (root may write any file) and with a file-size
