@@ -84,26 +84,52 @@ CBridgeInstaller::EStatus CBridgeInstaller::Install(const QString& currentDirect
 bool CBridgeInstaller::InstallConfig(const QString& source, const QString& target,
                                      const QString& currentDirectory) const
 {
+    // Binary on both sides: text mode drops or keeps a lone CR depending on where Qt's read
+    // buffer splits, and the template's own lines are not ours to change.
     QFile in(source);
-    if (!in.open(QIODevice::ReadOnly | QIODevice::Text)) {
+    if (!in.open(QIODevice::ReadOnly)) {
+        return false;
+    }
+    const QByteArray bytes = in.readAll();
+    if (in.error() != QFileDevice::NoError) {
         return false;
     }
     // Written beside the target and renamed over it, so a failure never leaves half a file.
     QSaveFile out(target);
     out.setDirectWriteFallback(true); // a folder we may not create files in
-    if (!out.open(QIODevice::WriteOnly | QIODevice::Text)) {
+    if (!out.open(QIODevice::WriteOnly)) {
         return false;
     }
-    const QByteArray pathLine = PathLine(currentDirectory);
-    while (!in.atEnd()) {
-        QByteArray line = in.readLine();
-        while (line.endsWith('\n') || line.endsWith('\r')) {
-            line.chop(1);
+    out.write(RewriteConfig(bytes, PathLine(currentDirectory)));
+    return out.commit();
+}
+
+QByteArray CBridgeInstaller::RewriteConfig(const QByteArray& bytes, const QByteArray& pathLine)
+{
+    QByteArray result;
+    result.reserve(bytes.size() + pathLine.size());
+    int start = 0;
+    while (start < bytes.size()) {
+        const int newline = bytes.indexOf('\n', start);
+        const int end = newline < 0 ? bytes.size() : newline + 1;
+        const QByteArray line = bytes.mid(start, end - start);
+        // Only LF ends a line; a CR before it belongs to the line end, any other CR to the text.
+        int endingSize = 0;
+        if (line.endsWith("\r\n")) {
+            endingSize = 2;
+        } else if (line.endsWith('\n')) {
+            endingSize = 1;
         }
-        out.write(IsPathKeyLine(line) ? pathLine : line);
-        out.write("\n");
+        const QByteArray text = line.left(line.size() - endingSize);
+        if (IsPathKeyLine(text)) {
+            result += pathLine;
+            result += line.right(endingSize); // the template's own line end, or none on a last line
+        } else {
+            result += line;
+        }
+        start = end;
     }
-    return in.error() == QFileDevice::NoError && out.commit();
+    return result;
 }
 
 } // namespace MV

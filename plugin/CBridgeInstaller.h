@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QByteArray>
 #include <QDateTime>
 #include <QString>
 
@@ -25,6 +26,8 @@ public:
     // "PATH = "<dir with backslashes>\Figmora.exe"": where the launcher finds the host.
     static QByteArray PathLine(const QString& currentDirectory);
     static bool IsPathKeyLine(const QByteArray& line);
+    // The template with each PATH line replaced; every other byte is copied as it stands.
+    static QByteArray RewriteConfig(const QByteArray& bytes, const QByteArray& pathLine);
     // Launchers older than this mark the installed folder as stale; the date is fixed on purpose.
     static QDateTime StaleCutOff();
 

@@ -4,6 +4,8 @@
 #include <QMutexLocker>
 #include <QSet>
 
+#include <deque>
+
 namespace {
 
 QMutex& RegistryMutex()
@@ -12,10 +14,11 @@ QMutex& RegistryMutex()
     return mutex;
 }
 
-// Registered chains live for the process; events only keep references into it.
-QList<QList<QByteArray>>& Registry()
+// Registered chains live for the process and events keep references into it, so a chain
+// must never move: a deque keeps its elements in place when more are appended.
+std::deque<QList<QByteArray>>& Registry()
 {
-    static QList<QList<QByteArray>> chains;
+    static std::deque<QList<QByteArray>> chains;
     return chains;
 }
 
@@ -29,8 +32,8 @@ const QList<QByteArray>& CBaseEvent::RegisterChain(const QList<QByteArray>& chai
             return known;
         }
     }
-    Registry().append(chain);
-    return Registry().last();
+    Registry().push_back(chain);
+    return Registry().back();
 }
 
 CBaseEvent::CBaseEvent() = default;

@@ -75,6 +75,41 @@ TEST_F(BridgeInstallerTest, FreshInstallCopiesEveryFileAndPointsConfigAtTheCurre
     EXPECT_EQ(QDir(m_strTarget).entryList(QDir::Files).size(), 3);
 }
 
+TEST_F(BridgeInstallerTest, ConfigTemplateBytesAreKeptExceptThePathLine)
+{
+    const QByteArray path = "PATH = \"C:\\Apps\\Host\\Figmora.exe\"";
+    // A lone CR far into the file lands wherever a buffered text-mode reader splits.
+    QByteArray longText(20000, 'x');
+    longText[16383] = '\r';
+    struct Case
+    {
+        const char* name;
+        QByteArray templ;
+        QByteArray installed;
+    };
+    const Case cases[] = {
+        {"LF lines", "# c\nPATH = old\nA = 1\n", "# c\n" + path + "\nA = 1\n"},
+        {"CR inside a line", "A\rB\nPATH = old\n", "A\rB\n" + path + "\n"},
+        {"CR before CR LF", "A\r\r\nPATH=x\n", "A\r\r\n" + path + "\n"},
+        {"CRLF lines", "# c\r\nPATH = old\r\nA = 1\r\n", "# c\r\n" + path + "\r\nA = 1\r\n"},
+        {"mixed line ends", "A\r\nPATH = old\nB\r\n", "A\r\n" + path + "\nB\r\n"},
+        {"no final line end", "A = 1\nB = 2", "A = 1\nB = 2"},
+        {"PATH last without line end", "A = 1\nPATH = old", "A = 1\n" + path},
+        {"lone CR ending the file", "A = 1\r", "A = 1\r"},
+        {"empty template", "", ""},
+        {"blank lines kept", "\n\r\n\nPATH\n", "\n\r\n\n" + path + "\n"},
+        {"long line with a CR at the buffer edge", longText + "\nPATH = old\n", longText + "\n" + path + "\n"},
+        {"NUL byte kept", QByteArray("A\0B\n", 4), QByteArray("A\0B\n", 4)},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.name);
+        ASSERT_TRUE(QDir(m_strTarget).removeRecursively() || !QFileInfo::exists(m_strTarget));
+        Write(Source("GoZ_Config.txt"), c.templ);
+        ASSERT_EQ(Install(), EStatus::Installed);
+        EXPECT_EQ(ReadAll(Target("GoZ_Config.txt")), c.installed);
+    }
+}
+
 TEST_F(BridgeInstallerTest, MissingZBrushChangesNothing)
 {
     struct Case

@@ -12,6 +12,8 @@
 
 #include <gtest/gtest.h>
 
+#include <vector>
+
 namespace {
 
 TEST(SdkWidgetBuilder, PresetPathReplacesFromTheLastDot)
@@ -122,6 +124,43 @@ TEST(SdkEvents, KindAndExactTypeCompareNames)
                                                         << c.sample->TypeName().constData();
         EXPECT_EQ(c.event->IsExactType(*c.sample), c.exact);
     }
+}
+
+// Opens the protected registry to the test: events keep references to their chains.
+class CChainRegistrar : public CBaseEvent
+{
+public:
+    static const QList<QByteArray>& Register(const QList<QByteArray>& chain) { return RegisterChain(chain); }
+};
+
+TEST(SdkEvents, RegisteredChainsStayAtTheirAddressWhenMoreRegister)
+{
+    struct Held
+    {
+        const QList<QByteArray>* chain;
+        QByteArray first;
+    };
+    std::vector<Held> held;
+    // Enough distinct chains to make any growing contiguous store reallocate several times.
+    for (int i = 0; i < 200; ++i) {
+        const QByteArray name = "CGrowEvent" + QByteArray::number(i);
+        const QList<QByteArray>& chain = CChainRegistrar::Register({name, QByteArrayLiteral("CBaseEvent")});
+        held.push_back({&chain, name});
+    }
+    for (const Held& h : held) {
+        ASSERT_EQ(h.chain->size(), 2) << h.first.constData();
+        EXPECT_EQ(h.chain->first(), h.first);
+        EXPECT_EQ(h.chain->last(), QByteArrayLiteral("CBaseEvent"));
+    }
+    // Registering a known chain again hands out the same one.
+    const QList<QByteArray>& again =
+        CChainRegistrar::Register({QByteArrayLiteral("CGrowEvent7"), QByteArrayLiteral("CBaseEvent")});
+    EXPECT_EQ(&again, held[7].chain);
+    // The built-in events registered before still answer by name.
+    const CEditBlendShapeEvent edit;
+    const CBaseEvent base;
+    EXPECT_TRUE(edit.IsKindOf(base));
+    EXPECT_EQ(edit.TypeName(), QByteArrayLiteral("CEditBlendShapeEvent"));
 }
 
 TEST(SdkArrayList, ReportsRangeErrorsAsResults)
