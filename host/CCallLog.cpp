@@ -21,6 +21,13 @@ void CCallLog::NoteWrite(const CFileWrite& write)
     }
 }
 
+void CCallLog::NoteProblem(const QString& note)
+{
+    if (!m_kRecords.isEmpty()) {
+        m_kRecords.last().m_strNote = note;
+    }
+}
+
 int CCallLog::Count(const QString& operation) const
 {
     return Of(operation).size();

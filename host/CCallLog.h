@@ -25,6 +25,7 @@ struct CCallRecord
     QV::Result m_iInjectedResult = QV::kOk;
     int m_iStep = -1; // the script step that was running; -1 outside any step
     QList<CFileWrite> m_kWrites;
+    QString m_strNote; // why the host refused the call (a returned file it could not read, ...)
 };
 
 // Every host operation the plug-in called, in call order.
@@ -35,6 +36,8 @@ public:
     void Clear() { m_kRecords.clear(); }
     // Adds the write to the latest call, which is the one being answered.
     void NoteWrite(const CFileWrite& write);
+    // Says, on the latest call, why the host answered as it did.
+    void NoteProblem(const QString& note);
 
     const QList<CCallRecord>& Records() const { return m_kRecords; }
     QList<CCallRecord> Of(const QString& operation) const;

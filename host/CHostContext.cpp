@@ -63,6 +63,7 @@ const QStringList& CHostContext::OperationNames()
         QStringLiteral("RebuildAvatarConform"), QStringLiteral("ResetAvatarPose"),
         QStringLiteral("ListAvatarRigMeshNames"), QStringLiteral("AdjustEyeOcclusion"),
         QStringLiteral("AdjustEyeOcclusionBlend"), QStringLiteral("AdjustTearline"),
+        QStringLiteral("CreateEyeElement"),
         // registry, plug-ins
         QStringLiteral("RegisterPluginValue"), QStringLiteral("IsPluginSupported"),
         // node controller

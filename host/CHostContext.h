@@ -54,6 +54,9 @@ public:
     // The same for operations without a result: either failure gives null.
     const CSceneObject* EnterOn(const char* operation, const QV::CHandle* handle);
 
+    // The scene's own, changeable copy of an object that EnterOn handed out.
+    CSceneObject& Edit(const CSceneObject& object) { return m_pScene->Object(m_pScene->IndexOf(object.m_strId)); }
+
     QString Id(const QV::CHandle* handle) const;
     QString Ids(const QV::CArrayList<QV::CHandle*>& handles) const;
     static QString Text(const std::wstring& text);
@@ -76,6 +79,7 @@ public:
     CCallLog& Log() { return m_kLog; }
     // The script step now running (-1: none); every call logged from now on carries it.
     void SetStep(int index) { m_iStep = index; }
+    int Step() const { return m_iStep; }
     CFaultInjector& Faults() { return m_kFaults; }
     CEventSender* EventSender() const { return m_pEventSender.get(); }
     CFigmoraEventSender* FigmoraEventSender() const { return m_pFigmoraEventSender.get(); }
@@ -83,8 +87,6 @@ public:
 
     QList<CMessageBoxRecord>& MessageBoxes() { return m_kMessageBoxes; }
     QList<int>& QueuedAnswers() { return m_kQueuedAnswers; }
-    // Names MakeUniqueName handed out and names ExportGoZ wrote: never handed out again.
-    QSet<QString>& UsedNames() { return m_kUsedNames; }
     QList<CPluginRegistration>& Registrations() { return m_kRegistrations; }
     quint64 NextPluginValue() { return ++m_uLastPluginValue; }
 
@@ -103,7 +105,6 @@ private:
     std::unique_ptr<QMainWindow> m_pMainWindow;
     QList<CMessageBoxRecord> m_kMessageBoxes;
     QList<int> m_kQueuedAnswers;
-    QSet<QString> m_kUsedNames;
     QList<CPluginRegistration> m_kRegistrations;
     quint64 m_uLastPluginValue = 0;
     int m_iStep = -1;

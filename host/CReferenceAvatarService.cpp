@@ -61,7 +61,9 @@ QV::CHandle* CReferenceAvatarService::GetBlendShapeEditingAvatar()
 QV::Result CReferenceAvatarService::CommitAvatarChange(QV::CHandle* avatar)
 {
     QV::Result result = QV::kOk;
-    m_rContext.EnterOn("CommitAvatarChange", avatar, result);
+    if (const CSceneObject* object = m_rContext.EnterOn("CommitAvatarChange", avatar, result)) {
+        ++m_rContext.Edit(*object).m_iCommits;
+    }
     return result;
 }
 

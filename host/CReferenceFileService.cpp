@@ -2,6 +2,8 @@
 
 #include "CHostContext.h"
 
+#include "CGoZStandInFile.h"
+
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
@@ -16,7 +18,7 @@ namespace {
 
 // Notes the write in the call log, and whether it replaced a file: the report tells from
 // that whether the plug-in cleared the way before an export.
-QV::Result WriteText(CHostContext& context, const QString& path, const QString& text)
+QV::Result WriteBytes(CHostContext& context, const QString& path, const QByteArray& bytes)
 {
     const QFileInfo info(path);
     const bool replaced = info.exists();
@@ -27,7 +29,6 @@ QV::Result WriteText(CHostContext& context, const QString& path, const QString& 
     if (!file.open(QIODevice::WriteOnly | QIODevice::Truncate)) {
         return QV::kFail;
     }
-    const QByteArray bytes = text.toUtf8();
     const bool written = file.write(bytes) == bytes.size();
     file.close();
     if (!written || file.error() != QFileDevice::NoError) {
@@ -45,6 +46,25 @@ QString BaseName(const QString& path)
     name = name.mid(name.lastIndexOf(QLatin1Char('/')) + 1);
     const int dot = name.lastIndexOf(QLatin1Char('.'));
     return dot > 0 ? name.left(dot) : name;
+}
+
+// Where ZBrush leaves returned meshes.
+const QString kProjectFolder = QStringLiteral("C:/Users/Public/Pixologic/GoZProjects/Default/");
+
+// The object among root, its meshes and its descendants that carries name; root when none does.
+int MeshHolder(const CScene& scene, int root, const QString& name)
+{
+    const CSceneObject& object = scene.Object(root);
+    if (object.m_strName == name) {
+        return root;
+    }
+    for (const QString& id : object.m_kMeshes + scene.Descendants(object.m_strId)) {
+        const int index = scene.IndexOf(id);
+        if (index >= 0 && scene.Object(index).m_strName == name) {
+            return index;
+        }
+    }
+    return root;
 }
 
 } // namespace
@@ -97,7 +117,7 @@ void CReferenceFileService::ExportGoZ(QV::Result& result, QV::CHandle* handle, c
     if (object == nullptr) {
         return;
     }
-    const CScene& scene = m_rContext.Scene();
+    CScene& scene = m_rContext.Scene();
     QStringList wanted;
     if (!names.IsEmpty()) {
         for (const std::wstring& name : names) {
@@ -125,11 +145,12 @@ void CReferenceFileService::ExportGoZ(QV::Result& result, QV::CHandle* handle, c
             result = QV::kFail;
             return;
         }
-        const QString header = QStringLiteral("GOZ-STANDIN 1\nobject=%1\nname=%2\nsplit=%3\npose=%4\n")
-                                   .arg(object->m_strId, name)
-                                   .arg(splitMask)
-                                   .arg(poseOption);
-        result = WriteText(m_rContext, directory + name + QStringLiteral(".goz"), header);
+        CGoZStandInFile file;
+        file.m_kKeys = {qMakePair(QStringLiteral("object"), object->m_strId), qMakePair(QStringLiteral("name"), name),
+                        qMakePair(QStringLiteral("split"), QString::number(splitMask)),
+                        qMakePair(QStringLiteral("pose"), QString::number(poseOption))};
+        file.m_kMesh = scene.Object(MeshHolder(scene, scene.IndexOf(object->m_strId), name)).m_kMesh;
+        result = WriteBytes(m_rContext, directory + name + QStringLiteral(".goz"), file.Write());
         if (QV::Failed(result)) {
             return;
         }
@@ -137,7 +158,7 @@ void CReferenceFileService::ExportGoZ(QV::Result& result, QV::CHandle* handle, c
         if (QV::Failed(result)) {
             return;
         }
-        m_rContext.UsedNames().insert(name);
+        scene.Names().MarkUsed(name, object->m_strId);
     }
     result = QV::kOk;
 }
@@ -150,37 +171,93 @@ quint64 CReferenceFileService::GetPluginValue(QObject* plugin)
     return m_rContext.NextPluginValue();
 }
 
+QString CReferenceFileService::ReturnedFilePath(const std::wstring& gozName)
+{
+    QString path = C::HostPath(gozName);
+    if (!path.contains(QLatin1Char('/'))) {
+        path = kProjectFolder + path;
+    }
+    if (!path.endsWith(QLatin1String(".goz"), Qt::CaseInsensitive)) {
+        path += QStringLiteral(".GoZ");
+    }
+    return path;
+}
+
+bool CReferenceFileService::ReadReturned(const std::wstring& gozName, CGoZStandInFile& file, QString& path)
+{
+    path = ReturnedFilePath(gozName);
+    QString error;
+    if (!CGoZStandInFile::Read(path, file, error)) {
+        // Read whole before anything changes: a bad file leaves the scene as it was.
+        m_rContext.Log().NoteProblem(error);
+        return false;
+    }
+    return true;
+}
+
+void CReferenceFileService::ApplyMesh(int index, const CGoZStandInFile& file, const QString& path)
+{
+    CSceneObject& target = m_rContext.Scene().Object(index);
+    target.m_kMesh = file.m_kMesh;
+    ++target.m_iGoZImports;
+    target.m_strLastGoZFile = path;
+}
+
 void CReferenceFileService::ImportGoZToObject(QV::Result& result, QV::CHandle* target, const std::wstring& gozName,
                                               const CGoZImportOption& options)
 {
-    m_rContext.EnterOn("ImportGoZToObject", target, result,
-                       {C::Text(gozName), C::Flag(options.m_bTakeTexture), C::Number(options.m_iPoseOption),
-                        C::Flag(options.m_bIsCloth), C::Number(options.m_iTextureSize), C::Number(options.m_iFlag)});
+    const CSceneObject* object =
+        m_rContext.EnterOn("ImportGoZToObject", target, result,
+                           {C::Text(gozName), C::Flag(options.m_bTakeTexture), C::Number(options.m_iPoseOption),
+                            C::Flag(options.m_bIsCloth), C::Number(options.m_iTextureSize), C::Number(options.m_iFlag)});
+    if (object == nullptr) {
+        return;
+    }
+    CGoZStandInFile file;
+    QString path;
+    if (!ReadReturned(gozName, file, path)) {
+        result = QV::kFail;
+        return;
+    }
+    const CScene& scene = m_rContext.Scene();
+    ApplyMesh(MeshHolder(scene, scene.IndexOf(object->m_strId), BaseName(path)), file, path);
+    result = QV::kOk;
 }
 
 void CReferenceFileService::CreatePropFromGoZ(QV::Result& result, const std::wstring& gozName,
                                               const CGoZCreateOption& options, QV::CHandle*& created)
 {
+    created = nullptr;
     if (m_rContext.Enter("CreatePropFromGoZ",
                          {C::Text(gozName), C::Flag(options.m_bTakeTexture), C::Number(options.m_iTextureSize),
                           C::Number(options.m_iFlag)},
                          result)) {
-        created = nullptr;
+        return;
+    }
+    CGoZStandInFile file;
+    QString path;
+    if (!ReadReturned(gozName, file, path)) {
+        result = QV::kFail;
         return;
     }
     CScene& scene = m_rContext.Scene();
     CSceneObject object;
-    int serial = 1;
-    while (scene.IndexOf(QStringLiteral("goz_prop_%1").arg(serial)) >= 0) {
-        ++serial;
+    while (scene.IndexOf(QStringLiteral("goz_prop_%1").arg(m_iNextPropSerial)) >= 0) {
+        ++m_iNextPropSerial;
     }
-    object.m_strId = QStringLiteral("goz_prop_%1").arg(serial);
+    object.m_strId = QStringLiteral("goz_prop_%1").arg(m_iNextPropSerial++);
     object.m_strName = BaseName(QString::fromStdWString(gozName));
     object.m_uKind = 1;
     object.m_kMeshes = QStringList{object.m_strId};
+    object.m_bCreated = true;
     const int index = scene.AddObject(object);
     created = scene.Handle(index);
-    result = created == nullptr ? QV::kFail : QV::kOk;
+    if (created == nullptr) {
+        result = QV::kFail;
+        return;
+    }
+    ApplyMesh(index, file, path);
+    result = QV::kOk;
 }
 
 void CReferenceFileService::FindObjectByName(QV::Result& result, QV::CHandle*& handle, const std::wstring& name)
@@ -189,24 +266,36 @@ void CReferenceFileService::FindObjectByName(QV::Result& result, QV::CHandle*& h
         handle = nullptr;
         return;
     }
-    const QString wanted = QString::fromStdWString(name);
     const CScene& scene = m_rContext.Scene();
-    for (int i = 0; i < scene.ObjectCount(); ++i) {
-        if (scene.Object(i).m_strName == wanted) {
-            handle = scene.Handle(i);
-            result = QV::kOk;
-            return;
-        }
+    const QString wanted = QString::fromStdWString(name);
+    handle = scene.Handle(scene.Names().FirstHolder(wanted));
+    if (handle == nullptr) {
+        // A name the host gave out for a GoZ copy (or an export wrote) leads back to its object.
+        handle = scene.HandleOf(scene.Names().OwnerOfUsed(wanted));
     }
-    handle = nullptr;
-    result = QV::kFail;
+    // Nothing of that name is no failure: the mesh is new to the scene.
+    result = QV::kOk;
 }
 
 void CReferenceFileService::UpdateMeshFromGoZ(QV::Result& result, const CGoZMeshUpdateInfo& info, QV::CHandle* object)
 {
-    m_rContext.EnterOn("UpdateMeshFromGoZ", object, result,
-                       {C::Text(info.m_strGoZFile), C::Flag(info.m_bTakeMesh), C::Flag(info.m_bTakeTexture),
-                        C::Number(info.m_iTextureWidth), C::Number(info.m_iTextureHeight), C::Number(info.m_iMode)});
+    const CSceneObject* target =
+        m_rContext.EnterOn("UpdateMeshFromGoZ", object, result,
+                           {C::Text(info.m_strGoZFile), C::Flag(info.m_bTakeMesh), C::Flag(info.m_bTakeTexture),
+                            C::Number(info.m_iTextureWidth), C::Number(info.m_iTextureHeight), C::Number(info.m_iMode)});
+    if (target == nullptr) {
+        return;
+    }
+    CGoZStandInFile file;
+    QString path;
+    if (!ReadReturned(info.m_strGoZFile, file, path)) {
+        result = QV::kFail;
+        return;
+    }
+    if (info.m_bTakeMesh) {
+        ApplyMesh(m_rContext.Scene().IndexOf(target->m_strId), file, path);
+    }
+    result = QV::kOk;
 }
 
 QV::Result CReferenceFileService::WriteMotionFile(QV::CHandle* handle, const QString& path)
@@ -218,7 +307,9 @@ QV::Result CReferenceFileService::WriteMotionFile(QV::CHandle* handle, const QSt
     if (path.isEmpty()) {
         return QV::kFail;
     }
-    return WriteText(m_rContext, path, QStringLiteral("MOTION-STANDIN 1\nobject=%1\n").arg(object->m_strId));
+    // The pose travels in the file, so loading it back puts the character in that pose again.
+    return WriteBytes(m_rContext, path,
+                      QStringLiteral("MOTION-STANDIN 1\nobject=%1\npose=%2\n").arg(object->m_strId, object->m_strPose).toUtf8());
 }
 
 void CReferenceFileService::SaveMotionFile(QV::Result& result, QV::CHandle* handle, const std::wstring& path)
@@ -247,7 +338,41 @@ QV::Result CReferenceFileService::LoadMotionFile(const std::wstring& path, int k
                          result)) {
         return result;
     }
-    return QFileInfo(C::HostPath(path)).isFile() ? QV::kOk : QV::kFail;
+    const QString file = C::HostPath(path);
+    if (!QFileInfo(file).isFile()) {
+        m_rContext.Log().NoteProblem(QStringLiteral("no file %1").arg(file));
+        return QV::kFail;
+    }
+    ApplyMotion(file);
+    return QV::kOk;
+}
+
+void CReferenceFileService::ApplyMotion(const QString& path)
+{
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly)) {
+        return;
+    }
+    const QList<QByteArray> lines = file.readAll().split('\n');
+    if (lines.value(0).trimmed() != "MOTION-STANDIN 1") {
+        return; // another kind of motion: loaded, but it carries no pose the scene keeps
+    }
+    QString id;
+    QString pose;
+    bool hasPose = false;
+    for (const QByteArray& line : lines) {
+        if (line.startsWith("object=")) {
+            id = QString::fromUtf8(line.mid(7)).trimmed();
+        } else if (line.startsWith("pose=")) {
+            pose = QString::fromUtf8(line.mid(5)).trimmed();
+            hasPose = true;
+        }
+    }
+    CScene& scene = m_rContext.Scene();
+    const int index = scene.IndexOf(id);
+    if (index >= 0 && hasPose) {
+        scene.Object(index).m_strPose = pose;
+    }
 }
 
 void CReferenceFileService::LoadFile(QV::Result& result, const std::wstring& path, int kind,

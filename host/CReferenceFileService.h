@@ -7,6 +7,7 @@
 namespace MV {
 namespace Host {
 
+class CGoZStandInFile;
 class CHostContext;
 
 // File operations of the reference host: GoZ export writes small stand-in files, the
@@ -38,10 +39,20 @@ public:
     // True when a file of this name can exist in a folder of the host's file system.
     static bool IsValidFileName(const QString& name);
 
+    // Where a returned GoZ file is read from: a bare name (with or without ".GoZ"/".goz")
+    // lies in the GoZ project folder; backslashes separate folders.
+    static QString ReturnedFilePath(const std::wstring& gozName);
+
 private:
     QV::Result WriteMotionFile(QV::CHandle* handle, const QString& path);
+    // Reads the returned file whole; on failure the call log notes why.
+    bool ReadReturned(const std::wstring& gozName, CGoZStandInFile& file, QString& path);
+    void ApplyMesh(int index, const CGoZStandInFile& file, const QString& path);
+    // A stand-in motion names its object and pose; loading it sets that pose.
+    void ApplyMotion(const QString& path);
 
     CHostContext& m_rContext;
+    int m_iNextPropSerial = 1;
 };
 
 } // namespace Host

@@ -21,8 +21,16 @@ public:
     void AdjustEyeOcclusion(QV::Result& result, QV::CHandle* avatar) override;
     void AdjustEyeOcclusionBlend(QV::Result& result, QV::CHandle* avatar) override;
     void AdjustTearline(QV::Result& result, QV::CHandle* avatar) override;
+    // Adds a child of that node type under the avatar.
+    QV::Result CreateEyeElement(QV::CHandle* avatar, int nodeType) override;
+
+    // The pose a reset leaves a character in, until a motion is loaded onto it.
+    static constexpr const char* kResetPose = "reset";
 
 private:
+    // Counts a fitting on every element of that node type below the character.
+    void FitElements(const char* operation, QV::CHandle* avatar, int nodeType, QV::Result& result);
+
     CHostContext& m_rContext;
 };
 

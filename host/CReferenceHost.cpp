@@ -151,6 +151,11 @@ void CReferenceHost::ClearFailures()
     m_pContext->Faults().ClearAll();
 }
 
+int CReferenceHost::CurrentStep() const
+{
+    return m_pContext->Step();
+}
+
 void CReferenceHost::SetCurrentStep(int index)
 {
     m_pContext->SetStep(index);

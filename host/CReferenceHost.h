@@ -71,6 +71,7 @@ public:
 
     // The script step now running (-1: none), for the call log.
     void SetCurrentStep(int index);
+    int CurrentStep() const;
 
     void QueueMessageAnswer(int button);
     const QList<CMessageBoxRecord>& MessageBoxes() const;

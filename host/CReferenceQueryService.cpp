@@ -2,7 +2,9 @@
 
 #include "CHostContext.h"
 
+#include <QHash>
 #include <QMainWindow>
+#include <QSet>
 
 namespace MV {
 namespace Host {
@@ -227,7 +229,7 @@ std::wstring CReferenceQueryService::MakeUniqueName(QV::Result& result, QV::CHan
     if (m_rContext.Enter("MakeUniqueName", {m_rContext.Id(handle), C::Text(baseName)}, result)) {
         return std::wstring();
     }
-    const CScene& scene = m_rContext.Scene();
+    CScene& scene = m_rContext.Scene();
     const CSceneObject* owner = scene.Find(handle);
     const QString base = QString::fromStdWString(baseName);
     if (base.isEmpty()) {
@@ -235,27 +237,21 @@ std::wstring CReferenceQueryService::MakeUniqueName(QV::Result& result, QV::CHan
         return std::wstring();
     }
     // The object's own name and its meshes' names are no conflict: they are what is being named.
-    QStringList own;
+    QHash<QString, int> ownNames;
+    QString ownerId;
     if (owner != nullptr) {
-        own << owner->m_strId << owner->m_kMeshes;
-    }
-    auto taken = [&](const QString& name) {
-        if (m_rContext.UsedNames().contains(name)) {
-            return true;
+        ownerId = owner->m_strId;
+        QSet<QString> ownIds{owner->m_strId};
+        for (const QString& mesh : owner->m_kMeshes) {
+            ownIds.insert(mesh);
         }
-        for (int i = 0; i < scene.ObjectCount(); ++i) {
-            const CSceneObject& object = scene.Object(i);
-            if (object.m_strName == name && !own.contains(object.m_strId)) {
-                return true;
+        for (const QString& id : ownIds) {
+            if (const CSceneObject* own = scene.Find(id)) {
+                ++ownNames[own->m_strName];
             }
         }
-        return false;
-    };
-    QString name = base;
-    for (int suffix = 1; taken(name); ++suffix) {
-        name = base + QStringLiteral("_%1").arg(suffix);
     }
-    m_rContext.UsedNames().insert(name);
+    const QString name = scene.Names().MakeUnique(base, ownNames, ownerId);
     result = QV::kOk;
     return name.toStdWString();
 }
@@ -301,21 +297,36 @@ bool CReferenceQueryService::ShouldSkipReceiveDialog(QV::CHandle* avatar)
 QV::Result CReferenceQueryService::AdjustEyeElement(QV::CHandle* avatar, int type)
 {
     QV::Result result = QV::kOk;
-    m_rContext.EnterOn("AdjustEyeElement", avatar, result, {C::Number(type)});
+    if (const CSceneObject* object = m_rContext.EnterOn("AdjustEyeElement", avatar, result, {C::Number(type)})) {
+        // The element is the character's child of that node type; a character without one has nothing to fit.
+        CScene& scene = m_rContext.Scene();
+        for (const QString& id : scene.Descendants(object->m_strId)) {
+            CSceneObject& element = scene.Object(scene.IndexOf(id));
+            if (element.m_bHasNodeType && element.m_iNodeType == type) {
+                ++element.m_iFittings;
+            }
+        }
+    }
     return result;
 }
 
 QV::Result CReferenceQueryService::AutoRigAvatar(QV::CHandle* avatar, int flag)
 {
     QV::Result result = QV::kOk;
-    m_rContext.EnterOn("AutoRigAvatar", avatar, result, {C::Number(flag)});
+    if (const CSceneObject* object = m_rContext.EnterOn("AutoRigAvatar", avatar, result, {C::Number(flag)})) {
+        CSceneObject& character = m_rContext.Edit(*object);
+        character.m_bRigged = true;
+        ++character.m_iAutoRigs;
+    }
     return result;
 }
 
 QV::Result CReferenceQueryService::UpdateAvatarAfterGoZ(QV::CHandle* avatar)
 {
     QV::Result result = QV::kOk;
-    m_rContext.EnterOn("UpdateAvatarAfterGoZ", avatar, result);
+    if (const CSceneObject* object = m_rContext.EnterOn("UpdateAvatarAfterGoZ", avatar, result)) {
+        ++m_rContext.Edit(*object).m_iGoZUpdates;
+    }
     return result;
 }
 
@@ -324,6 +335,18 @@ void CReferenceQueryService::FinishGoZImport(QV::Result& result, QV::CHandle* av
 {
     if (m_rContext.Enter("FinishGoZImport", {m_rContext.Id(avatar), m_rContext.Ids(list)}, result)) {
         return;
+    }
+    QStringList ids;
+    for (const QV::CHandle* handle : list) {
+        ids << m_rContext.Id(handle);
+    }
+    CScene& scene = m_rContext.Scene();
+    ++scene.State().m_iFinishedImports;
+    scene.State().m_kLastImported = ids;
+    // Props alone are imported without a character: the run is closed all the same.
+    if (CSceneObject* character = scene.Find(avatar)) {
+        ++character->m_iFinishedImports;
+        character->m_kLastImported = ids;
     }
     result = QV::kOk;
 }

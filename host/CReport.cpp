@@ -3,6 +3,7 @@
 #include "CHostContext.h"
 #include "CPluginHost.h"
 #include "CReferenceHost.h"
+#include "CScene.h"
 
 #include <QAction>
 #include <QDir>
@@ -13,6 +14,8 @@
 #include <QMenu>
 #include <QSaveFile>
 #include <QTextCodec>
+
+#include <algorithm>
 #include <QToolBar>
 
 namespace MV {
@@ -116,6 +119,91 @@ void CReport::AddDialogDump(int step, QJsonObject dump)
     m_kDumps.append(dump);
 }
 
+void CReport::AddTableDump(int step, QJsonObject dump)
+{
+    dump.insert(QStringLiteral("step"), step);
+    m_kTableDumps.append(dump);
+}
+
+void CReport::AddSceneDump(int step, QJsonObject dump)
+{
+    dump.insert(QStringLiteral("step"), step);
+    m_kSceneDumps.append(dump);
+}
+
+namespace {
+
+// The character state of an object, only what differs from a fresh object.
+void AddState(const CSceneObject& object, QJsonObject& out)
+{
+    if (!object.m_strPose.isEmpty()) {
+        out.insert(QStringLiteral("pose"), object.m_strPose);
+    }
+    const struct
+    {
+        const char* m_szKey;
+        int m_iValue;
+    } counters[] = {
+        {"auto_rigs", object.m_iAutoRigs},          {"conform_rebuilds", object.m_iConformRebuilds},
+        {"goz_updates", object.m_iGoZUpdates},      {"commits", object.m_iCommits},
+        {"finished_imports", object.m_iFinishedImports}, {"fittings", object.m_iFittings},
+        {"goz_imports", object.m_iGoZImports},
+    };
+    for (const auto& counter : counters) {
+        if (counter.m_iValue != 0) {
+            out.insert(QLatin1String(counter.m_szKey), counter.m_iValue);
+        }
+    }
+    if (object.m_bRigged) {
+        out.insert(QStringLiteral("rigged"), true);
+    }
+    if (object.m_iFinishedImports != 0) {
+        out.insert(QStringLiteral("last_imported"), QJsonArray::fromStringList(object.m_kLastImported));
+    }
+    if (!object.m_strLastGoZFile.isEmpty()) {
+        out.insert(QStringLiteral("last_goz_file"), object.m_strLastGoZFile);
+    }
+}
+
+} // namespace
+
+QJsonObject CReport::SceneDump(const CScene& scene, const QStringList& ids)
+{
+    QJsonArray objects;
+    for (int i = 0; i < scene.ObjectCount(); ++i) {
+        const CSceneObject& object = scene.Object(i);
+        if (!ids.isEmpty() && !ids.contains(object.m_strId)) {
+            continue;
+        }
+        QJsonObject entry{{QStringLiteral("id"), object.m_strId},
+                          {QStringLiteral("name"), object.m_strName},
+                          {QStringLiteral("summary"), object.m_kMesh.Summary()},
+                          {QStringLiteral("mesh"), object.m_kMesh.ToJson()}};
+        AddState(object, entry);
+        objects.append(entry);
+    }
+    return QJsonObject{{QStringLiteral("objects"), objects}};
+}
+
+QJsonArray CReport::SceneSummary(const CScene& scene)
+{
+    QJsonArray objects;
+    for (int i = 0; i < scene.ObjectCount(); ++i) {
+        const CSceneObject& object = scene.Object(i);
+        QJsonObject entry{{QStringLiteral("id"), object.m_strId}, {QStringLiteral("name"), object.m_strName}};
+        if (object.m_bCreated) {
+            entry.insert(QStringLiteral("created"), true);
+        }
+        entry.insert(QStringLiteral("mesh_before"),
+                     object.m_bCreated ? QJsonValue() : QJsonValue(object.m_kMeshAtStart.Summary()));
+        entry.insert(QStringLiteral("mesh_after"), object.m_kMesh.Summary());
+        entry.insert(QStringLiteral("mesh_changed"), object.m_bCreated || object.m_kMesh != object.m_kMeshAtStart);
+        AddState(object, entry);
+        objects.append(entry);
+    }
+    return objects;
+}
+
 void CReport::CaptureHost(const CReferenceHost& host)
 {
     m_kCallLog = QJsonArray();
@@ -135,6 +223,9 @@ void CReport::CaptureHost(const CReferenceHost& host)
                                           {QStringLiteral("replaced"), write.m_bReplaced}});
             }
             entry.insert(QStringLiteral("wrote"), writes);
+        }
+        if (!record.m_strNote.isEmpty()) {
+            entry.insert(QStringLiteral("note"), record.m_strNote);
         }
         m_kCallLog.append(entry);
     }
@@ -161,9 +252,12 @@ void CReport::CaptureHost(const CReferenceHost& host)
         {QStringLiteral("selection_names"), ToArray(NamesOf(scene, scene.State().m_kSelection))},
         {QStringLiteral("object_count"), scene.ObjectCount()},
     };
+    m_kScene = SceneSummary(scene);
+    m_kImports = QJsonObject{{QStringLiteral("finished_imports"), scene.State().m_iFinishedImports},
+                             {QStringLiteral("last_imported"), ToArray(scene.State().m_kLastImported)}};
 }
 
-QJsonArray CReport::FilesToJson(const QString& root)
+QJsonArray CReport::FilesToJson(const QString& root, const QStringList& excluded)
 {
     QStringList paths;
     QDirIterator it(root, QDir::Files | QDir::Hidden | QDir::System, QDirIterator::Subdirectories);
@@ -175,6 +269,9 @@ QJsonArray CReport::FilesToJson(const QString& root)
     QJsonArray files;
     for (const QString& path : paths) {
         const QFileInfo info(path);
+        if (excluded.contains(base.relativeFilePath(path))) {
+            continue;
+        }
         QJsonObject entry{{QStringLiteral("path"), base.relativeFilePath(path)},
                           {QStringLiteral("size"), static_cast<double>(info.size())}};
         if (info.size() >= kMaxInlineBytes) {
@@ -218,14 +315,42 @@ QJsonArray CReport::ProcessesToJson(const QString& logPath)
     return processes;
 }
 
-void CReport::CaptureFiles(const QString& root)
+void CReport::CaptureFiles(const QString& root, const QStringList& excluded)
 {
-    m_kFiles = FilesToJson(root);
+    m_kFiles = FilesToJson(root, excluded);
 }
 
 void CReport::CaptureProcesses(const QString& logPath)
 {
-    m_kProcesses = ProcessesToJson(logPath);
+    m_kProcesses = InStartOrder(ProcessesToJson(logPath));
+}
+
+QJsonArray CReport::InStartOrder(const QJsonArray& processes)
+{
+    // The send starts make-object-path, then the program that hands the objects to ZBrush,
+    // which starts the return launcher; the log holds them in whatever order they finished.
+    auto rank = [](const QJsonObject& entry) {
+        static const QStringList order = {QStringLiteral("GoZMakeObjectPath.exe"), QStringLiteral("GoZBrushFromApp.exe"),
+                                          QStringLiteral("GoZBrushToFM.exe")};
+        const int index = order.indexOf(entry.value(QStringLiteral("program")).toString());
+        return index < 0 ? order.size() : index;
+    };
+    auto step = [](const QJsonObject& entry) {
+        const QJsonValue value = entry.value(QStringLiteral("step"));
+        return value.isDouble() ? value.toInt() : -1;
+    };
+    QList<QJsonObject> entries;
+    for (const QJsonValue& value : processes) {
+        entries << value.toObject();
+    }
+    std::stable_sort(entries.begin(), entries.end(), [&](const QJsonObject& a, const QJsonObject& b) {
+        return step(a) != step(b) ? step(a) < step(b) : rank(a) < rank(b);
+    });
+    QJsonArray ordered;
+    for (const QJsonObject& entry : entries) {
+        ordered.append(entry);
+    }
+    return ordered;
 }
 
 bool CReport::Succeeded() const
@@ -277,6 +402,12 @@ QJsonObject CReport::ToJson() const
         {QStringLiteral("final_state"), m_kFinalState},
         {QStringLiteral("files"), m_kFiles},
         {QStringLiteral("processes"), m_kProcesses},
+        {QStringLiteral("scene"), m_kScene},
+        {QStringLiteral("goz_imports"), m_kImports},
+        {QStringLiteral("scene_dumps"), m_kSceneDumps},
+        {QStringLiteral("table_dumps"), m_kTableDumps},
+        {QStringLiteral("goz_returns"), m_kGoZReturns},
+        {QStringLiteral("debug_log"), m_kDebugLog},
     };
 }
 

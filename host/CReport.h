@@ -13,6 +13,7 @@ namespace Host {
 
 class CPluginHost;
 class CReferenceHost;
+class CScene;
 
 // The JSON report of one host run (see docs/report-format.md).
 class CReport
@@ -30,9 +31,16 @@ public:
     void AddRunError(const QString& error) { m_kRunErrors << error; }
     void AddActionSnapshot(int step, QJsonObject snapshot);
     void AddDialogDump(int step, QJsonObject dump);
+    void AddTableDump(int step, QJsonObject dump);
+    void AddSceneDump(int step, QJsonObject dump);
+    // The plug-in's debug log lines, as the run session recorded them.
+    void SetDebugLog(const QJsonArray& lines) { m_kDebugLog = lines; }
+    // The return launcher's notices (CGoZReturnChannel::ToJson).
+    void SetGoZReturns(const QJsonArray& notices) { m_kGoZReturns = notices; }
     // Call log, message boxes, plug-in registrations and the final selection.
     void CaptureHost(const CReferenceHost& host);
-    void CaptureFiles(const QString& root);
+    // excluded: paths relative to root that are shown elsewhere (the process log).
+    void CaptureFiles(const QString& root, const QStringList& excluded = QStringList());
     void CaptureProcesses(const QString& logPath);
 
     // The plug-in loaded, no run error, and no failed step.
@@ -44,9 +52,16 @@ public:
     QV::Result Save(const QString& path, QString& error) const;
 
     // Every file below root, by relative path: size, and the text, base64 or a note.
-    static QJsonArray FilesToJson(const QString& root);
+    static QJsonArray FilesToJson(const QString& root, const QStringList& excluded = QStringList());
     // Each line of the stand-ins' process log; a line that is no JSON object is kept as text.
     static QJsonArray ProcessesToJson(const QString& logPath);
+    // The same entries in the order the plug-in started them: by the script step of the send,
+    // then make-object-path, hand-to-ZBrush, return launcher. Entries of one kind keep log order.
+    static QJsonArray InStartOrder(const QJsonArray& processes);
+    // Every object (or those of ids) with its whole mesh, summary and character state.
+    static QJsonObject SceneDump(const CScene& scene, const QStringList& ids = QStringList());
+    // Every object with its mesh summary before and after the run and its changed state.
+    static QJsonArray SceneSummary(const CScene& scene);
 
 private:
     QJsonObject m_kPlugin;
@@ -55,6 +70,12 @@ private:
     QMap<int, QJsonObject> m_kSteps;
     QJsonArray m_kSnapshots;
     QJsonArray m_kDumps;
+    QJsonArray m_kTableDumps;
+    QJsonArray m_kSceneDumps;
+    QJsonArray m_kDebugLog;
+    QJsonArray m_kGoZReturns;
+    QJsonArray m_kScene;
+    QJsonObject m_kImports;
     QJsonArray m_kCallLog;
     QJsonArray m_kMessageBoxes;
     QJsonArray m_kRegistrations;

@@ -83,13 +83,14 @@ QV::Result CSandbox::Create(QString& error)
         return QV::kFail;
     }
     const QDir work(QFileInfo(folder).absoluteFilePath());
-    const QString pixologic = QStringLiteral("C:/Users/Public/Pixologic");
+    // The public folder exists on every machine; the Pixologic folder only where ZBrush was installed.
+    const QString pixologic = m_bPixologicFolder ? QStringLiteral("C:/Users/Public/Pixologic") : QLatin1String(kPublic);
     if (!work.mkpath(pixologic)) {
         error = QStringLiteral("cannot create %1 in %2").arg(pixologic, work.path());
         m_pTemporary.reset();
         return QV::kFail;
     }
-    if (m_bInstallZBrush) {
+    if (m_bInstallZBrush && m_bPixologicFolder) {
         const QString zbrush = work.filePath(QLatin1String(kZBrushFolder));
         if (!work.mkpath(QLatin1String(kZBrushFolder))) {
             error = QStringLiteral("cannot create %1").arg(zbrush);
@@ -119,9 +120,30 @@ QV::Result CSandbox::Create(QString& error)
     }
 
     m_strWorkFolder = work.path();
+    m_strCurrentPath = m_strWorkFolder;
+    QString relative = m_strCurrentDirectory;
+    relative.replace(QLatin1Char('\\'), QLatin1Char('/'));
+    while (relative.endsWith(QLatin1Char('/'))) {
+        relative.chop(1);
+    }
+    if (!relative.isEmpty()) {
+        if (relative.startsWith(QLatin1Char('/')) || relative.split(QLatin1Char('/')).contains(QStringLiteral(".."))) {
+            error = QStringLiteral("the current directory %1 is not inside the sandbox").arg(m_strCurrentDirectory);
+            m_pTemporary.reset();
+            return QV::kFail;
+        }
+        m_strCurrentPath = work.filePath(relative);
+        const QString drive = m_strCurrentPath + QStringLiteral("/C:");
+        // "C:/..." is relative to the current directory: a link there keeps it naming the sandbox's C: folder.
+        if (!work.mkpath(relative) || (!QFileInfo(drive).exists() && !QFile::link(work.filePath(QStringLiteral("C:")), drive))) {
+            error = QStringLiteral("cannot lay out the current directory %1").arg(m_strCurrentPath);
+            m_pTemporary.reset();
+            return QV::kFail;
+        }
+    }
     m_strPreviousDirectory = QDir::currentPath();
-    if (!QDir::setCurrent(m_strWorkFolder)) {
-        error = QStringLiteral("cannot enter %1").arg(m_strWorkFolder);
+    if (!QDir::setCurrent(m_strCurrentPath)) {
+        error = QStringLiteral("cannot enter %1").arg(m_strCurrentPath);
         m_pTemporary.reset();
         return QV::kFail;
     }

@@ -36,18 +36,28 @@ public:
     void SetInstallZBrush(bool install) { m_bInstallZBrush = install; }
     // Where the stand-in programs were built.
     void SetToolsFolder(const QString& folder) { m_strToolsFolder = folder; }
+    // Leaves the whole Pixologic folder out, as on a machine that never had ZBrush.
+    void SetPixologicFolder(bool make) { m_bPixologicFolder = make; }
+    // The folder the run works in, relative to the work folder (empty: the work folder). The
+    // fixed "C:/..." paths still lead to the sandbox's C: folder from there.
+    void SetCurrentDirectory(const QString& relative) { m_strCurrentDirectory = relative; }
 
     // Lays the folder out and enters it. On failure nothing stays changed and error says why.
     QV::Result Create(QString& error);
     bool IsActive() const { return m_bActive; }
 
     QString WorkFolder() const { return m_strWorkFolder; }
+    // The run's current directory (the work folder unless SetCurrentDirectory said otherwise).
+    QString CurrentDirectory() const { return m_strCurrentPath; }
     QString ProcessLogPath() const;
     QString RegistryFilePath() const;
 
     // The folder of the stand-ins: the environment's MVGOZ_TOOLS_DIR, else the program's own
     // folder when they are there, else the build's tools folder.
     static QString DefaultToolsFolder();
+
+    // Sets a variable for the processes of the run; restored with everything else.
+    void SetEnvironment(const char* name, const QByteArray& value) { SetVariable(name, value); }
 
 private:
     struct CSavedVariable
@@ -63,6 +73,9 @@ private:
     QString m_strRequestedFolder;
     QString m_strToolsFolder;
     bool m_bInstallZBrush = true;
+    bool m_bPixologicFolder = true;
+    QString m_strCurrentDirectory;
+    QString m_strCurrentPath;
     bool m_bActive = false;
     QString m_strWorkFolder;
     QString m_strPreviousDirectory;

@@ -1,5 +1,7 @@
 #include "CScene.h"
 
+#include "CZBrushReturn.h"
+
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
@@ -22,6 +24,12 @@ const QStringList kSceneKeys = {
     QStringLiteral("plugin_supported"), QStringLiteral("skin_split_supported"),
     QStringLiteral("split_mesh_names"), QStringLiteral("extra_mesh_names"),
     QStringLiteral("registry"),         QStringLiteral("host_data_folder"),
+    QStringLiteral("sandbox"),          QStringLiteral("zbrush_return"),
+};
+
+const QStringList kSandboxKeys = {
+    QStringLiteral("comment"), QStringLiteral("pixologic_folder"), QStringLiteral("zbrush_installed"),
+    QStringLiteral("current_directory"), QStringLiteral("texture_size_ini"),
 };
 
 const QStringList kObjectKeys = {
@@ -37,6 +45,7 @@ const QStringList kObjectKeys = {
     QStringLiteral("pick_owner"),        QStringLiteral("rig_mesh_names"),
     QStringLiteral("bind_pose_locked"),  QStringLiteral("skip_receive_dialog"),
     QStringLiteral("bound_node"),        QStringLiteral("file"),
+    QStringLiteral("mesh"),              QStringLiteral("pose"),
 };
 
 QString LineAndColumn(const QByteArray& json, int offset)
@@ -214,9 +223,17 @@ bool ParseObject(const QJsonValue& value, int index, CSceneObject& object, QStri
         reader.Bool(QStringLiteral("bind_pose_locked"), object.m_bBindPoseLocked) &&
         reader.Bool(QStringLiteral("skip_receive_dialog"), object.m_bSkipReceiveDialog) &&
         reader.String(QStringLiteral("bound_node"), object.m_strBoundNode, true) &&
-        reader.String(QStringLiteral("file"), object.m_strFile);
+        reader.String(QStringLiteral("file"), object.m_strFile) &&
+        reader.String(QStringLiteral("pose"), object.m_strPose);
     if (reader.Failed()) {
         return false;
+    }
+    if (json.contains(QStringLiteral("mesh"))) {
+        QString problem;
+        if (!object.m_kMesh.FromJson(json.value(QStringLiteral("mesh")), problem)) {
+            return reader.Fail(QStringLiteral("\"mesh\": ") + problem);
+        }
+        object.m_kMeshAtStart = object.m_kMesh;
     }
     object.m_uKind = static_cast<unsigned int>(kind);
     object.m_iNodeType = static_cast<int>(nodeType);
@@ -295,6 +312,14 @@ bool ParseRegistry(const QJsonValue& value, QList<CRegistryValue>& registry, QSt
             error = QStringLiteral("registry \"%1\": must be an object of value names and strings").arg(key.key());
             return false;
         }
+        // Each value is one line of the stand-in file, which starts with the sub-key; the reader
+        // skips lines starting with '#' as comments, so such a value could never be read back.
+        if (key.key().startsWith(QLatin1Char('#'))) {
+            error = QStringLiteral("registry \"%1\": a sub-key must not start with \"#\" (the registry file reads "
+                                   "such a line as a comment)")
+                        .arg(key.key());
+            return false;
+        }
         const QJsonObject values = key.value().toObject();
         for (auto item = values.constBegin(); item != values.constEnd(); ++item) {
             CRegistryValue entry{key.key(), item.key(), QString(), QString()};
@@ -325,6 +350,54 @@ bool ParseRegistry(const QJsonValue& value, QList<CRegistryValue>& registry, QSt
                 return false;
             }
             registry << entry;
+        }
+    }
+    return true;
+}
+
+// A relative folder inside the work folder: no root, no drive-less absolute path, no "..".
+bool IsInsideFolder(const QString& path)
+{
+    QString folder = path;
+    folder.replace(QLatin1Char('\\'), QLatin1Char('/'));
+    if (folder.startsWith(QLatin1Char('/'))) {
+        return false;
+    }
+    for (const QString& part : folder.split(QLatin1Char('/'))) {
+        if (part == QLatin1String("..")) {
+            return false;
+        }
+    }
+    return true;
+}
+
+bool ParseSandbox(const QJsonValue& value, CSceneState& state, QString& error)
+{
+    if (!value.isObject()) {
+        error = QStringLiteral("\"sandbox\" must be an object");
+        return false;
+    }
+    const QJsonObject sandbox = value.toObject();
+    CFieldReader reader(sandbox, QStringLiteral("sandbox"), error);
+    if (!reader.CheckKeys(kSandboxKeys) ||
+        !reader.Bool(QStringLiteral("pixologic_folder"), state.m_bPixologicFolder) ||
+        !reader.Bool(QStringLiteral("zbrush_installed"), state.m_bZBrushInstalled) ||
+        !reader.String(QStringLiteral("current_directory"), state.m_strCurrentDirectory)) {
+        return false;
+    }
+    if (!IsInsideFolder(state.m_strCurrentDirectory)) {
+        return reader.Fail(QStringLiteral("\"current_directory\" must be a folder inside the sandbox (relative, "
+                                          "without \"..\"), such as \"C:/Program Files/Figmora\""));
+    }
+    if (sandbox.contains(QStringLiteral("texture_size_ini"))) {
+        const QJsonValue ini = sandbox.value(QStringLiteral("texture_size_ini"));
+        if (ini.isNull()) {
+            state.m_eTextureSizeFile = CSceneState::ETextureSizeFile::Missing;
+        } else if (ini.isString()) {
+            state.m_eTextureSizeFile = CSceneState::ETextureSizeFile::Given;
+            state.m_kTextureSizeFile = ini.toString().toUtf8();
+        } else {
+            return reader.Fail(QStringLiteral("\"texture_size_ini\" must be the file's text, or null for no file"));
         }
     }
     return true;
@@ -432,6 +505,20 @@ QV::Result CScene::Parse(const QByteArray& json, QString& error)
         return QV::kInvalidArg;
     }
     state.m_bPicksFollowSelection = !root.contains(QStringLiteral("picks"));
+    if (root.contains(QStringLiteral("sandbox")) && !ParseSandbox(root.value(QStringLiteral("sandbox")), state, error)) {
+        return QV::kInvalidArg;
+    }
+    const QJsonValue zbrushReturn = root.value(QStringLiteral("zbrush_return"));
+    if (!zbrushReturn.isUndefined() && !zbrushReturn.isNull()) {
+        CZBrushReturn settings;
+        QString problem;
+        if (!CZBrushReturn::FromJson(zbrushReturn, settings, problem)) {
+            error = QStringLiteral("zbrush_return: ") + problem;
+            return QV::kInvalidArg;
+        }
+        state.m_bZBrushReturns = true;
+        state.m_kZBrushReturn = zbrushReturn.toObject();
+    }
     if ((root.contains(QStringLiteral("split_mesh_names")) &&
          !ParseSplitNames(root.value(QStringLiteral("split_mesh_names")), state.m_kSplitMeshNames, error)) ||
         (root.contains(QStringLiteral("registry")) &&
@@ -459,8 +546,10 @@ QV::Result CScene::Parse(const QByteArray& json, QString& error)
 void CScene::RebuildIndex()
 {
     m_kIdIndex.clear();
+    m_kNames.ClearScene();
     for (size_t i = 0; i < m_kObjects.size(); ++i) {
         m_kIdIndex.insert(m_kObjects[i].m_strId, static_cast<int>(i));
+        m_kNames.AddSceneName(m_kObjects[i].m_strName, static_cast<int>(i));
         m_kObjects[i].m_kChildren.clear();
     }
     for (const CSceneObject& object : m_kObjects) {
@@ -525,9 +614,35 @@ int CScene::AddObject(const CSceneObject& object)
         (!object.m_strParent.isEmpty() && IndexOf(object.m_strParent) < 0)) {
         return -1;
     }
+    const int index = ObjectCount();
     m_kObjects.push_back(object);
-    RebuildIndex();
-    return ObjectCount() - 1;
+    CSceneObject& added = m_kObjects.back();
+    added.m_kChildren.clear();
+    m_kIdIndex.insert(added.m_strId, index);
+    m_kNames.AddSceneName(added.m_strName, index);
+    const int parent = IndexOf(added.m_strParent);
+    if (parent >= 0) {
+        m_kObjects[static_cast<size_t>(parent)].m_kChildren << added.m_strId;
+    }
+    if (m_kHandles.size() <= static_cast<size_t>(index)) {
+        m_kHandles.push_back(std::make_unique<QV::CHandle>(index));
+    }
+    m_kHandleIndex.insert(m_kHandles[static_cast<size_t>(index)].get(), index);
+    return index;
+}
+
+void CScene::RenameObject(int index, const QString& name)
+{
+    if (index < 0 || index >= ObjectCount()) {
+        return;
+    }
+    CSceneObject& object = Object(index);
+    if (object.m_strName == name) {
+        return;
+    }
+    m_kNames.RemoveSceneName(object.m_strName, index);
+    object.m_strName = name;
+    m_kNames.AddSceneName(name, index);
 }
 
 QStringList CScene::Descendants(const QString& id) const

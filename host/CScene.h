@@ -1,5 +1,6 @@
 #pragma once
 
+#include "CNameIndex.h"
 #include "CSceneObject.h"
 #include "CSceneState.h"
 #include "QVHandle.h"
@@ -46,7 +47,14 @@ public:
     QV::CHandle* HandleOf(const QString& id) const; // null when unknown or empty
 
     // Adds an object (its id must be new, its parent known or empty); returns its index.
+    // Amortised O(1): handles, children and names are extended, not rebuilt.
     int AddObject(const CSceneObject& object);
+    // Gives the object a new display name and keeps the name index right.
+    void RenameObject(int index, const QString& name);
+
+    // Scene names and the names the host handed out or exported (MakeUniqueName).
+    CNameIndex& Names() { return m_kNames; }
+    const CNameIndex& Names() const { return m_kNames; }
 
     // Ids below the object, depth first, in scene order.
     QStringList Descendants(const QString& id) const;
@@ -73,6 +81,7 @@ private:
     QHash<QString, int> m_kIdIndex;
     QHash<const QV::CHandle*, int> m_kHandleIndex;
     CSceneState m_kState;
+    CNameIndex m_kNames;
 };
 
 } // namespace Host

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QJsonObject>
 #include <QList>
 #include <QString>
 #include <QStringList>
@@ -40,7 +41,28 @@ struct CSceneState
     QList<CSplitMeshName> m_kSplitMeshNames;
     QStringList m_kExtraMeshNames;
     QList<CRegistryValue> m_kRegistry;
-    QString m_strHostDataFolder;
+    QString m_strHostDataFolder = QStringLiteral("C:\\ProgramData\\Figmora");
+
+    // The run's sandbox (docs/scene-format.md, "Sandbox").
+    bool m_bPixologicFolder = true;
+    bool m_bZBrushInstalled = true;
+    QString m_strCurrentDirectory; // relative to the work folder; empty: the work folder itself
+    enum class ETextureSizeFile
+    {
+        FromPlugin, // copied from the plug-in folder, as the host's installer does
+        Missing,
+        Given,
+    };
+    ETextureSizeFile m_eTextureSizeFile = ETextureSizeFile::FromPlugin;
+    QByteArray m_kTextureSizeFile; // for Given
+
+    // FinishGoZImport calls, and the objects of the last one.
+    int m_iFinishedImports = 0;
+    QStringList m_kLastImported;
+
+    // What the ZBrush stand-in sends back after a send; none when not set.
+    bool m_bZBrushReturns = false;
+    QJsonObject m_kZBrushReturn;
 };
 
 } // namespace Host

@@ -1,6 +1,7 @@
 #include "CScript.h"
 
 #include "CReferenceHost.h"
+#include "CZBrushReturn.h"
 
 #include <QJsonArray>
 #include <QJsonDocument>
@@ -25,6 +26,7 @@ enum class EArgType
     StringList,
     IntegerList,
     Code,
+    ObjectOrNull,
 };
 
 struct CArgRule
@@ -73,6 +75,16 @@ const QList<CStepRule>& Rules()
           {"column", EArgType::Count, true},
           {"text", EArgType::String, true},
           {"dialog", EArgType::String, false}}},
+        {"table_set_checked",
+         {{"table", EArgType::String, true},
+          {"row", EArgType::Count, true},
+          {"column", EArgType::Count, true},
+          {"checked", EArgType::Bool, true},
+          {"dialog", EArgType::String, false}}},
+        {"dump_table", {{"table", EArgType::String, true}, {"dialog", EArgType::String, false}}},
+        {"dump_scene", {{"ids", EArgType::StringList, false}}},
+        {"wait_goz_return", {{"timeout_ms", EArgType::Count, false}}},
+        {"set_zbrush_return", {{"settings", EArgType::ObjectOrNull, true}}},
         {"dump_dialog", {{"dialog", EArgType::String, false}}},
         {"close_dialog", {{"dialog", EArgType::String, false}, {"reject", EArgType::Bool, false}}},
     };
@@ -136,6 +148,8 @@ QString CheckArg(const CArgRule& rule, const QJsonValue& value)
             }
         }
         return QStringLiteral("must be an array of integers");
+    case EArgType::ObjectOrNull:
+        return value.isObject() || value.isNull() ? QString() : QStringLiteral("must be an object or null");
     case EArgType::Code: {
         QV::Result code = QV::kOk;
         return CScript::ReadCode(value, code) ? QString()
@@ -195,6 +209,13 @@ QString CheckStep(const QJsonObject& step, QString& name)
         !CReferenceHost::OperationNames().contains(step.value(QStringLiteral("operation")).toString())) {
         return QStringLiteral("%1: the host has no operation \"%2\"")
             .arg(name, step.value(QStringLiteral("operation")).toString());
+    }
+    if (name == QLatin1String("set_zbrush_return") && step.value(QStringLiteral("settings")).isObject()) {
+        CZBrushReturn settings;
+        QString problem;
+        if (!CZBrushReturn::FromJson(step.value(QStringLiteral("settings")), settings, problem)) {
+            return QStringLiteral("set_zbrush_return: \"settings\": ") + problem;
+        }
     }
     return QString();
 }
@@ -262,8 +283,8 @@ QV::Result CScript::Parse(const QByteArray& json, QString& error)
     int watchdog = kDefaultWatchdogMs;
     if (root.contains(QStringLiteral("watchdog_ms"))) {
         const QJsonValue value = root.value(QStringLiteral("watchdog_ms"));
-        if (!IsInteger(value, 1)) {
-            error = QStringLiteral("\"watchdog_ms\" must be an integer of 1 or more");
+        if (!IsInteger(value, 1) || value.toDouble() > kMaxWatchdogMs) {
+            error = QStringLiteral("\"watchdog_ms\" must be an integer from 1 to %1").arg(kMaxWatchdogMs);
             return QV::kInvalidArg;
         }
         watchdog = value.toInt();

@@ -24,6 +24,8 @@ class CScript
 {
 public:
     static constexpr int kDefaultWatchdogMs = 20000;
+    // One hour: the program adds a last-resort margin to the watchdog, which must stay an int.
+    static constexpr int kMaxWatchdogMs = 3600000;
     static constexpr int kDefaultWaitTimeoutMs = 10000;
 
     static const QStringList& StepNames();

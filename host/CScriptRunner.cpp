@@ -1,5 +1,6 @@
 #include "CScriptRunner.h"
 
+#include "CGoZReturnChannel.h"
 #include "CPluginHost.h"
 #include "CReferenceHost.h"
 #include "CReport.h"
@@ -12,6 +13,9 @@
 #include <QElapsedTimer>
 #include <QFile>
 #include <QJsonArray>
+#include <QJsonDocument>
+#include <QSaveFile>
+#include <QTableWidget>
 
 namespace MV {
 namespace Host {
@@ -52,6 +56,7 @@ QV::Result CScriptRunner::Run(const CScript& script)
     QTimer::singleShot(0, this, &CScriptRunner::RunNextStep);
     m_kWatchdog.start(m_iWatchdogOverrideMs > 0 ? m_iWatchdogOverrideMs : script.WatchdogMs());
     m_kLoop.exec();
+    EnterStep(-1);
     m_kWatchdog.stop();
     m_kCloser.stop();
     for (int i = m_iNext; i < script.Steps().size(); ++i) {
@@ -75,13 +80,36 @@ void CScriptRunner::RunNextStep()
     const CScriptStep step = m_pScript->Steps().at(m_iNext++);
     // Scheduled before the step runs: if the step opens a modal dialog, the next step runs
     // in the dialog's event loop. A wait runs its own loop and schedules after it.
-    const bool waits = step.m_strName == QLatin1String("wait_processes");
+    const bool waits =
+        step.m_strName == QLatin1String("wait_processes") || step.m_strName == QLatin1String("wait_goz_return");
     if (!waits) {
         QTimer::singleShot(0, this, &CScriptRunner::RunNextStep);
     }
+    m_bRaiseReturn = false;
     RunStep(step);
+    // Read before anything can open a dialog and run further steps inside it.
+    const bool raise = m_bRaiseReturn;
+    m_bRaiseReturn = false;
     if (waits) {
         QTimer::singleShot(0, this, &CScriptRunner::RunNextStep);
+    }
+    if (raise) {
+        // The notice is raised as the host would: the receive dialog may open and run the next steps.
+        const int previous = m_iCurrentStep;
+        EnterStep(step.m_iIndex);
+        m_rHost.RaiseGoZDataUpdated();
+        EnterStep(previous);
+    }
+}
+
+void CScriptRunner::EnterStep(int index)
+{
+    m_iCurrentStep = index;
+    m_rHost.SetCurrentStep(index);
+    if (index >= 0) {
+        qputenv(kStepVariable, QByteArray::number(index));
+    } else {
+        qunsetenv(kStepVariable);
     }
 }
 
@@ -103,13 +131,11 @@ void CScriptRunner::RunStep(const CScriptStep& step)
     record.insert(QStringLiteral("status"), QStringLiteral("running"));
     m_rReport.SetStep(step.m_iIndex, record);
     const int previous = m_iCurrentStep;
-    m_iCurrentStep = step.m_iIndex;
-    m_rHost.SetCurrentStep(step.m_iIndex);
+    EnterStep(step.m_iIndex);
     QJsonObject detail;
     const QString error = Execute(step, detail);
     // A step that ran inside a dialog's loop hands back to the step that opened it.
-    m_iCurrentStep = previous;
-    m_rHost.SetCurrentStep(previous);
+    EnterStep(previous);
     if (!detail.isEmpty()) {
         record.insert(QStringLiteral("detail"), detail);
     }
@@ -193,6 +219,19 @@ QString CScriptRunner::Execute(const CScriptStep& step, QJsonObject& detail)
         m_rHost.CallLog().Clear();
     } else if (name == QLatin1String("wait_processes")) {
         return WaitForProcesses(number("count", 0), number("timeout_ms", CScript::kDefaultWaitTimeoutMs), detail);
+    } else if (name == QLatin1String("wait_goz_return")) {
+        return WaitForReturn(number("timeout_ms", CScript::kDefaultWaitTimeoutMs), step.m_iIndex, detail);
+    } else if (name == QLatin1String("set_zbrush_return")) {
+        detail.insert(QStringLiteral("settings"), args.value(QStringLiteral("settings")));
+        return WriteZBrushReturn(args.value(QStringLiteral("settings")));
+    } else if (name == QLatin1String("dump_scene")) {
+        const QStringList ids = Strings(args.value(QStringLiteral("ids")));
+        for (const QString& id : ids) {
+            if (m_rHost.Scene().Find(id) == nullptr) {
+                return QStringLiteral("the scene has no object \"%1\"").arg(id);
+            }
+        }
+        m_rReport.AddSceneDump(step.m_iIndex, CReport::SceneDump(m_rHost.Scene(), ids));
     } else {
         // The remaining steps work on a dialog or window.
         QWidget* root = CWidgetDriver::FindRoot(text("dialog"), error);
@@ -223,6 +262,20 @@ QString CScriptRunner::Execute(const CScriptStep& step, QJsonObject& detail)
             }
             error = CWidgetDriver::TableComboChoose(root, text("table"), number("row", 0), number("column", 0),
                                                     text("text"));
+        } else if (name == QLatin1String("table_set_checked")) {
+            for (const char* key : {"table", "row", "column", "checked"}) {
+                detail.insert(QLatin1String(key), args.value(QLatin1String(key)));
+            }
+            error = CWidgetDriver::TableSetChecked(root, text("table"), number("row", 0), number("column", 0),
+                                                   flag("checked", false));
+        } else if (name == QLatin1String("dump_table")) {
+            auto* table = qobject_cast<QTableWidget*>(CWidgetDriver::FindWidget(root, text("table")));
+            if (table == nullptr) {
+                return QStringLiteral("no table \"%1\"").arg(text("table"));
+            }
+            QJsonObject dump = CWidgetDumper::DumpTable(table);
+            dump.insert(QStringLiteral("dialog"), root->objectName());
+            m_rReport.AddTableDump(step.m_iIndex, dump);
         } else if (name == QLatin1String("dump_dialog")) {
             m_rReport.AddDialogDump(step.m_iIndex, CWidgetDumper::Dump(root));
         } else if (name == QLatin1String("close_dialog")) {
@@ -277,6 +330,61 @@ QString CScriptRunner::WaitForProcesses(int count, int timeoutMs, QJsonObject& d
     }
     if (found < count) {
         return QStringLiteral("only %1 of %2 processes logged within %3 ms").arg(found).arg(count).arg(timeoutMs);
+    }
+    return QString();
+}
+
+QString CScriptRunner::WaitForReturn(int timeoutMs, int step, QJsonObject& detail)
+{
+    if (m_pChannel == nullptr) {
+        return QStringLiteral("this run has no channel for the return launcher");
+    }
+    if (!m_pChannel->HasPending() && timeoutMs > 0) {
+        QElapsedTimer elapsed;
+        elapsed.start();
+        QEventLoop loop;
+        m_pWaitLoop = &loop;
+        QTimer poll;
+        poll.setInterval(25);
+        connect(&poll, &QTimer::timeout, &loop, [&] {
+            if (m_pChannel->HasPending() || elapsed.elapsed() >= timeoutMs) {
+                loop.quit();
+            }
+        });
+        connect(m_pChannel, &CGoZReturnChannel::NoticeReceived, &loop, &QEventLoop::quit);
+        poll.start();
+        loop.exec();
+        m_pWaitLoop.clear();
+    }
+    if (m_bFinished) {
+        return QStringLiteral("stopped by the watchdog while waiting for the GoZ return");
+    }
+    if (!m_pChannel->HasPending()) {
+        return QStringLiteral("no GoZ return within %1 ms").arg(timeoutMs);
+    }
+    const CGoZNotice notice = m_pChannel->TakeNext(step);
+    detail.insert(QStringLiteral("notice"), notice.m_iIndex);
+    detail.insert(QStringLiteral("send_step"), notice.m_kStep);
+    detail.insert(QStringLiteral("object_list"), QJsonArray::fromStringList(notice.m_kObjectList));
+    m_bRaiseReturn = true;
+    return QString();
+}
+
+QString CScriptRunner::WriteZBrushReturn(const QJsonValue& settings)
+{
+    if (m_strZBrushReturnFile.isEmpty()) {
+        return QStringLiteral("this run has no settings file for the ZBrush stand-in");
+    }
+    if (settings.isNull()) {
+        if (QFile::exists(m_strZBrushReturnFile) && !QFile::remove(m_strZBrushReturnFile)) {
+            return QStringLiteral("cannot remove %1").arg(m_strZBrushReturnFile);
+        }
+        return QString();
+    }
+    QSaveFile file(m_strZBrushReturnFile);
+    const QByteArray bytes = QJsonDocument(settings.toObject()).toJson(QJsonDocument::Indented);
+    if (!file.open(QIODevice::WriteOnly) || file.write(bytes) != bytes.size() || !file.commit()) {
+        return QStringLiteral("cannot write %1: %2").arg(m_strZBrushReturnFile, file.errorString());
     }
     return QString();
 }

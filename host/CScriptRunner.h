@@ -13,6 +13,7 @@
 namespace MV {
 namespace Host {
 
+class CGoZReturnChannel;
 class CPluginHost;
 class CReferenceHost;
 class CReport;
@@ -31,6 +32,13 @@ public:
     void SetProcessLogPath(const QString& path) { m_strProcessLog = path; }
     // Overrides the script's watchdog (0: use the script's).
     void SetWatchdogMs(int milliseconds) { m_iWatchdogOverrideMs = milliseconds; }
+    // Where wait_goz_return takes the return launcher's notices from (none: the step fails).
+    void SetReturnChannel(CGoZReturnChannel* channel) { m_pChannel = channel; }
+    // The file set_zbrush_return writes for the ZBrush stand-in (MVGOZ_ZBRUSH_RETURN).
+    void SetZBrushReturnFile(const QString& path) { m_strZBrushReturnFile = path; }
+
+    // The variable through which the processes the plug-in starts learn the running step.
+    static constexpr const char* kStepVariable = "MVGOZ_STEP";
 
     // Returns when every step ran or the watchdog fired: kOk when every step succeeded.
     QV::Result Run(const CScript& script);
@@ -41,6 +49,10 @@ private:
     // Empty on success; fills detail with what the step saw or did.
     QString Execute(const CScriptStep& step, QJsonObject& detail);
     QString WaitForProcesses(int count, int timeoutMs, QJsonObject& detail);
+    QString WaitForReturn(int timeoutMs, int step, QJsonObject& detail);
+    QString WriteZBrushReturn(const QJsonValue& settings);
+    // Makes index the running step for the host's call log and the processes started meanwhile.
+    void EnterStep(int index);
     QJsonObject SnapshotActions() const;
     void FinishRun();
     void OnWatchdog();
@@ -50,6 +62,9 @@ private:
     CPluginHost& m_rPlugins;
     CReport& m_rReport;
     QString m_strProcessLog;
+    CGoZReturnChannel* m_pChannel = nullptr;
+    QString m_strZBrushReturnFile;
+    bool m_bRaiseReturn = false; // set by a wait_goz_return that got its notice
     int m_iWatchdogOverrideMs = 0;
     const CScript* m_pScript = nullptr;
     int m_iNext = 0;

@@ -179,6 +179,46 @@ QString CWidgetDriver::TableComboChoose(QWidget* root, const QString& table, int
     return Choose(combo, index);
 }
 
+QString CWidgetDriver::TableSetChecked(QWidget* root, const QString& table, int row, int column, bool checked)
+{
+    auto* widget = qobject_cast<QTableWidget*>(FindWidget(root, table));
+    if (widget == nullptr) {
+        return QStringLiteral("no table \"%1\"").arg(table);
+    }
+    if (row < 0 || row >= widget->rowCount() || column < 0 || column >= widget->columnCount()) {
+        return QStringLiteral("table \"%1\" has no cell (%2, %3); it has %4 rows and %5 columns")
+            .arg(table)
+            .arg(row)
+            .arg(column)
+            .arg(widget->rowCount())
+            .arg(widget->columnCount());
+    }
+    QWidget* cell = widget->cellWidget(row, column);
+    auto* button = qobject_cast<QAbstractButton*>(cell);
+    if (button == nullptr && cell != nullptr) {
+        button = cell->findChild<QAbstractButton*>();
+    }
+    if (button == nullptr || !button->isCheckable()) {
+        return QStringLiteral("cell (%1, %2) of table \"%3\" holds no check box").arg(row).arg(column).arg(table);
+    }
+    if (!button->isEnabled() || !cell->isEnabled()) {
+        return QStringLiteral("the check box in cell (%1, %2) of table \"%3\" is disabled").arg(row).arg(column).arg(table);
+    }
+    if (widget->isRowHidden(row) || widget->isColumnHidden(column) || !button->isVisibleTo(widget)) {
+        return QStringLiteral("the check box in cell (%1, %2) of table \"%3\" is hidden").arg(row).arg(column).arg(table);
+    }
+    if (button->isChecked() != checked) {
+        button->click();
+    }
+    if (button->isChecked() != checked) {
+        return QStringLiteral("the check box in cell (%1, %2) of table \"%3\" stays %4 when clicked")
+            .arg(row)
+            .arg(column)
+            .arg(table, button->isChecked() ? QStringLiteral("checked") : QStringLiteral("unchecked"));
+    }
+    return QString();
+}
+
 QString CWidgetDriver::Close(QWidget* root, bool reject)
 {
     if (root == nullptr) {

@@ -24,6 +24,8 @@ public:
     static QString SetChecked(QWidget* root, const QString& widget, bool checked);
     static QString SetComboIndex(QWidget* root, const QString& widget, int index);
     static QString TableComboChoose(QWidget* root, const QString& table, int row, int column, const QString& text);
+    // Clicks the check box of a table cell (the cell widget or one inside it) when its state differs.
+    static QString TableSetChecked(QWidget* root, const QString& table, int row, int column, bool checked);
     // Rejects (or accepts) a dialog; closes any other window.
     static QString Close(QWidget* root, bool reject);
     // Closes every modal dialog and popup, innermost first; returns how many.

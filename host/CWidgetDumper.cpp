@@ -141,6 +141,44 @@ QJsonObject CWidgetDumper::DescribeWidget(QWidget* widget, QWidget* root)
     return out;
 }
 
+QJsonObject CWidgetDumper::DumpTable(const QTableWidget* table)
+{
+    QJsonObject out;
+    out.insert(QStringLiteral("table"), table->objectName());
+    out.insert(QStringLiteral("columns"), table->columnCount());
+    QJsonArray headers;
+    for (int column = 0; column < table->columnCount(); ++column) {
+        headers.append(HeaderText(table, column));
+    }
+    out.insert(QStringLiteral("headers"), headers);
+    QJsonArray rows;
+    for (int row = 0; row < table->rowCount(); ++row) {
+        QJsonArray cells;
+        for (int column = 0; column < table->columnCount(); ++column) {
+            const bool shown = !table->isRowHidden(row) && !table->isColumnHidden(column);
+            const QTableWidgetItem* item = table->item(row, column);
+            QWidget* widget = table->cellWidget(row, column);
+            QJsonObject cell;
+            if (widget != nullptr) {
+                const QString text = item == nullptr ? QString() : item->text();
+                cell = DescribeCell(widget, item == nullptr ? nullptr : &text).toObject();
+                cell.insert(QStringLiteral("visible"), shown && widget->isVisibleTo(const_cast<QTableWidget*>(table)));
+            } else {
+                cell.insert(QStringLiteral("text"), item == nullptr ? QJsonValue() : QJsonValue(item->text()));
+                cell.insert(QStringLiteral("enabled"), item != nullptr && (item->flags() & Qt::ItemIsEnabled) != 0);
+                cell.insert(QStringLiteral("visible"), shown);
+                if (item != nullptr && item->data(Qt::CheckStateRole).isValid()) {
+                    cell.insert(QStringLiteral("checked"), item->checkState() == Qt::Checked);
+                }
+            }
+            cells.append(cell);
+        }
+        rows.append(QJsonObject{{QStringLiteral("row"), row}, {QStringLiteral("cells"), cells}});
+    }
+    out.insert(QStringLiteral("rows"), rows);
+    return out;
+}
+
 QJsonObject CWidgetDumper::Dump(QWidget* root)
 {
     QJsonObject out;

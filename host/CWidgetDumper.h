@@ -3,6 +3,7 @@
 #include <QJsonObject>
 #include <QJsonValue>
 
+class QTableWidget;
 class QWidget;
 
 namespace MV {
@@ -16,6 +17,8 @@ public:
     static QJsonObject DescribeWidget(QWidget* widget, QWidget* root);
     // A table cell: its item's text, an object for a cell widget, null when empty.
     static QJsonValue DescribeCell(QWidget* cellWidget, const QString* itemText);
+    // Every row of a table with every cell's text, enabled and visible state (docs/report-format.md).
+    static QJsonObject DumpTable(const QTableWidget* table);
 };
 
 } // namespace Host

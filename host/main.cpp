@@ -12,6 +12,7 @@
 #include <QFont>
 #include <QTextStream>
 
+#include <limits>
 #include <memory>
 
 using namespace MV::Host;
@@ -68,7 +69,11 @@ int Run(const CHostCommand& command)
     CReport report;
     QV::Result result = QV::kOk;
     {
-        const CBackstopWatchdog backstop(session.WatchdogMs() + kBackstopGraceMs,
+        // Saturated: a watchdog near the int range must not wrap into an instant backstop.
+        const int backstopMs = session.WatchdogMs() > std::numeric_limits<int>::max() - kBackstopGraceMs
+                                   ? std::numeric_limits<int>::max()
+                                   : session.WatchdogMs() + kBackstopGraceMs;
+        const CBackstopWatchdog backstop(backstopMs,
                                          "mvgoz-host: the run is stuck outside any event loop; giving up",
                                          CCommandLine::kExitFailed);
         result = session.Execute(options, report);

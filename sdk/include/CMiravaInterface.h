@@ -209,6 +209,8 @@ public:
     virtual void AdjustEyeOcclusion(QV::Result& result, QV::CHandle* avatar) = 0;
     virtual void AdjustEyeOcclusionBlend(QV::Result& result, QV::CHandle* avatar) = 0;
     virtual void AdjustTearline(QV::Result& result, QV::CHandle* avatar) = 0;
+    // Adds the avatar's eye element of that node type (49 eye occlusion, 50 tear line).
+    virtual QV::Result CreateEyeElement(QV::CHandle* avatar, int nodeType) = 0;
 };
 
 class CRegistryService

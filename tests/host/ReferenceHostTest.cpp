@@ -101,7 +101,9 @@ TEST_F(hostReferenceHost, ExportGoZWritesTheHeaderIntoANewFolderGivenWithBacksla
     ASSERT_EQ(QV::kOk, result);
     QFile file(m_kFolder.path() + QStringLiteral("/GoZProjects/Default/FM_Base_Upper_Teeth.goz"));
     ASSERT_TRUE(file.open(QIODevice::ReadOnly));
-    EXPECT_EQ(QByteArray("GOZ-STANDIN 1\nobject=lamp\nname=FM_Base_Upper_Teeth\nsplit=16777216\npose=3\n"), file.readAll());
+    EXPECT_EQ(QByteArray("GOZ-STANDIN 1\nobject=lamp\nname=FM_Base_Upper_Teeth\nsplit=16777216\npose=3\n"
+                         "vertices=0\nfaces=0\nend\n"),
+              file.readAll());
 }
 
 TEST_F(hostReferenceHost, ExportGoZStopsAtANameNoFileCanHave)
@@ -376,17 +378,22 @@ TEST_F(hostReferenceHost, RemoveLodsClearsAllOrNothing)
 
 TEST_F(hostReferenceHost, CreatedPropsCanBeFoundByName)
 {
+    const QString path = m_kFolder.path() + QStringLiteral("/Sculpt.GoZ");
+    QFile file(path);
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+    file.write("GOZ-STANDIN 1\nname=Sculpt\nvertices=3\nv 0 0 0\nv 1 0 0\nv 0 1 0\nfaces=1\nf 0 1 2\nend\n");
+    file.close();
     QV::Result result = QV::kFail;
     QV::CHandle* created = nullptr;
-    m_pHost->File()->CreatePropFromGoZ(result, L"C:\\Users\\Public\\Pixologic\\GoZProjects\\Default\\Sculpt.GoZ",
-                                       CGoZCreateOption(), created);
+    m_pHost->File()->CreatePropFromGoZ(result, path.toStdWString(), CGoZCreateOption(), created);
     ASSERT_EQ(QV::kOk, result);
     QV::CHandle* found = nullptr;
     m_pHost->File()->FindObjectByName(result, found, L"Sculpt");
     EXPECT_EQ(QV::kOk, result);
     EXPECT_TRUE(created != nullptr && created == found);
+    // A name nobody has is a mesh new to the scene, not a failure.
     m_pHost->File()->FindObjectByName(result, found, L"Nothing");
-    EXPECT_EQ(QV::kFail, result);
+    EXPECT_EQ(QV::kOk, result);
     EXPECT_EQ(nullptr, found);
 }
 

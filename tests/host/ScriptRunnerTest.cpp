@@ -1,6 +1,10 @@
 #include "HostTestSupport.h"
 
 #include <QApplication>
+#include <QCheckBox>
+#include <QDialog>
+#include <QHBoxLayout>
+#include <QTableWidget>
 #include <QFile>
 #include <QFileInfo>
 #include <QJsonArray>
@@ -292,6 +296,127 @@ TEST_F(hostScriptRunner, HostStepsChangeTheSceneAndSnapshotsRecordIt)
               snapshot.value(QStringLiteral("selection")).toArray().first().toObject().value(QStringLiteral("name")).toString());
     EXPECT_TRUE(snapshot.value(QStringLiteral("current_avatar")).isNull());
     EXPECT_EQ(QStringLiteral("playing"), m_kRun.Step(3).value(QStringLiteral("comment")).toString());
+}
+
+// A dialog the plug-in keeps hidden until data comes back, as the receive dialog is.
+class CHiddenTableDialog
+{
+public:
+    CHiddenTableDialog()
+    {
+        m_kDialog.setObjectName(QStringLiteral("HiddenDialog"));
+        m_pTable = new QTableWidget(3, 2, &m_kDialog);
+        m_pTable->setObjectName(QStringLiteral("hiddenTable"));
+        m_pTable->setItem(0, 0, new QTableWidgetItem(QStringLiteral("Vase")));
+        auto* disabled = new QTableWidgetItem(QStringLiteral("Lamp"));
+        disabled->setFlags(Qt::NoItemFlags);
+        m_pTable->setItem(1, 0, disabled);
+        m_pTable->setItem(2, 0, new QTableWidgetItem(QStringLiteral("Rock")));
+        // Check boxes centred in a container, as tables often hold them.
+        for (int row = 0; row < 3; ++row) {
+            auto* box = new QWidget(m_pTable);
+            auto* check = new QCheckBox(box);
+            (new QHBoxLayout(box))->addWidget(check);
+            check->setEnabled(row != 1);
+            m_pTable->setCellWidget(row, 1, box);
+            m_kChecks << check;
+        }
+        m_pTable->setRowHidden(2, true);
+    }
+
+    QDialog m_kDialog;
+    QTableWidget* m_pTable = nullptr;
+    QList<QCheckBox*> m_kChecks;
+};
+
+TEST_F(hostScriptRunner, TablesOfAHiddenDialogAreDumpedAndTheirCheckBoxesToggled)
+{
+    CHiddenTableDialog hidden;
+    const QV::Result result = m_kRun.Run(R"({"steps": [
+        {"step": "dump_dialog", "dialog": "HiddenDialog"},
+        {"step": "table_set_checked", "dialog": "HiddenDialog", "table": "hiddenTable", "row": 0, "column": 1, "checked": true},
+        {"step": "table_set_checked", "dialog": "HiddenDialog", "table": "hiddenTable", "row": 0, "column": 1, "checked": true},
+        {"step": "dump_table", "dialog": "HiddenDialog", "table": "hiddenTable"}
+    ]})");
+    EXPECT_EQ(QV::kOk, result) << QJsonDocument(m_kRun.Report()).toJson().toStdString();
+    EXPECT_TRUE(hidden.m_kChecks[0]->isChecked()) << "checked once; the second step finds it checked already";
+    EXPECT_FALSE(hidden.m_kDialog.isVisible());
+    EXPECT_FALSE(m_kRun.Report().value(QStringLiteral("dialog_dumps")).toArray().first().toObject().value(QStringLiteral("visible")).toBool());
+
+    const QJsonObject dump = m_kRun.Report().value(QStringLiteral("table_dumps")).toArray().first().toObject();
+    EXPECT_EQ(3, dump.value(QStringLiteral("step")).toInt());
+    EXPECT_EQ(QStringLiteral("HiddenDialog"), dump.value(QStringLiteral("dialog")).toString());
+    const QJsonArray rows = dump.value(QStringLiteral("rows")).toArray();
+    ASSERT_EQ(3, rows.size());
+    const struct
+    {
+        int m_iRow;
+        const char* m_szText;
+        bool m_bEnabled;
+        bool m_bVisible;
+        bool m_bChecked;
+        bool m_bCheckEnabled;
+    } expected[] = {
+        {0, "Vase", true, true, true, true},
+        {1, "Lamp", false, true, false, false},
+        {2, "Rock", true, false, false, true},
+    };
+    for (const auto& row : expected) {
+        const QJsonArray cells = rows.at(row.m_iRow).toObject().value(QStringLiteral("cells")).toArray();
+        const QJsonObject text = cells.at(0).toObject();
+        const QJsonObject check = cells.at(1).toObject();
+        EXPECT_EQ(QString::fromUtf8(row.m_szText), text.value(QStringLiteral("text")).toString());
+        EXPECT_EQ(row.m_bEnabled, text.value(QStringLiteral("enabled")).toBool()) << row.m_szText;
+        EXPECT_EQ(row.m_bVisible, text.value(QStringLiteral("visible")).toBool()) << row.m_szText;
+        EXPECT_EQ(row.m_bVisible, check.value(QStringLiteral("visible")).toBool()) << row.m_szText;
+        EXPECT_EQ(row.m_bChecked, check.value(QStringLiteral("checked")).toBool()) << row.m_szText;
+        EXPECT_EQ(row.m_bCheckEnabled, check.value(QStringLiteral("enabled")).toBool()) << row.m_szText;
+    }
+}
+
+TEST_F(hostScriptRunner, TableCheckBoxesAreOperatedOnlyAsAUserCould)
+{
+    CHiddenTableDialog hidden;
+    const struct
+    {
+        const char* m_szStep;
+        const char* m_szError;
+    } cases[] = {
+        {R"({"step": "table_set_checked", "dialog": "HiddenDialog", "table": "hiddenTable", "row": 1, "column": 1, "checked": true})",
+         "the check box in cell (1, 1) of table \"hiddenTable\" is disabled"},
+        {R"({"step": "table_set_checked", "dialog": "HiddenDialog", "table": "hiddenTable", "row": 2, "column": 1, "checked": true})",
+         "is hidden"},
+        {R"({"step": "table_set_checked", "dialog": "HiddenDialog", "table": "hiddenTable", "row": 0, "column": 0, "checked": true})",
+         "cell (0, 0) of table \"hiddenTable\" holds no check box"},
+        {R"({"step": "table_set_checked", "dialog": "HiddenDialog", "table": "hiddenTable", "row": 3, "column": 1, "checked": true})",
+         "has no cell (3, 1); it has 3 rows and 2 columns"},
+        {R"({"step": "dump_table", "dialog": "HiddenDialog", "table": "noTable"})", "no table \"noTable\""},
+        {R"({"step": "dump_scene", "ids": ["ghost"]})", "the scene has no object \"ghost\""},
+        {R"({"step": "wait_goz_return", "timeout_ms": 10})", "this run has no channel for the return launcher"},
+        {R"({"step": "set_zbrush_return", "settings": null})", "this run has no settings file for the ZBrush stand-in"},
+    };
+    for (const auto& item : cases) {
+        const QByteArray script = QByteArray(R"({"steps": [{"step": "clear_log"}, )") + item.m_szStep + "]}";
+        m_kRun.m_kReport = CReport();
+        EXPECT_EQ(QV::kFail, m_kRun.Run(script)) << item.m_szStep;
+        EXPECT_TRUE(StepError(1).contains(QString::fromUtf8(item.m_szError))) << StepError(1).toStdString();
+    }
+    for (QCheckBox* check : hidden.m_kChecks) {
+        EXPECT_FALSE(check->isChecked());
+    }
+}
+
+TEST_F(hostScriptRunner, SceneDumpsHoldTheWholeMeshOfTheObjectsAsked)
+{
+    ASSERT_EQ(QV::kOk, m_kRun.Run(R"({"steps": [{"step": "dump_scene", "ids": ["box"]}, {"step": "dump_scene"}]})"));
+    const QJsonArray dumps = m_kRun.Report().value(QStringLiteral("scene_dumps")).toArray();
+    ASSERT_EQ(2, dumps.size());
+    const QJsonArray one = dumps.at(0).toObject().value(QStringLiteral("objects")).toArray();
+    ASSERT_EQ(1, one.size());
+    EXPECT_EQ(QStringLiteral("box"), one.at(0).toObject().value(QStringLiteral("id")).toString());
+    EXPECT_EQ(QJsonDocument::fromJson(R"({"vertices": [], "faces": []})").object(),
+              one.at(0).toObject().value(QStringLiteral("mesh")).toObject());
+    EXPECT_EQ(m_kRun.m_pHost->Scene().ObjectCount(), dumps.at(1).toObject().value(QStringLiteral("objects")).toArray().size());
 }
 
 } // namespace

@@ -28,7 +28,11 @@ INSTANTIATE_TEST_SUITE_P(
         CBadInput{"[]", "must be a JSON object"},
         CBadInput{"{}", "\"steps\" must be an array"},
         CBadInput{R"({"steps": [], "watchdog": 5})", "unknown script key \"watchdog\""},
-        CBadInput{R"({"steps": [], "watchdog_ms": 0})", "\"watchdog_ms\" must be an integer of 1 or more"},
+        CBadInput{R"({"steps": [], "watchdog_ms": 0})", "\"watchdog_ms\" must be an integer from 1 to 3600000"},
+        CBadInput{R"({"steps": [], "watchdog_ms": 3600001})", "\"watchdog_ms\" must be an integer from 1 to 3600000"},
+        CBadInput{R"({"steps": [], "watchdog_ms": 2147483647})", "\"watchdog_ms\" must be an integer from 1"},
+        CBadInput{R"({"steps": [], "watchdog_ms": 2147483648})", "\"watchdog_ms\" must be an integer from 1"},
+        CBadInput{R"({"steps": [], "watchdog_ms": 1e300})", "\"watchdog_ms\" must be an integer from 1"},
         CBadInput{R"({"steps": ["select"]})", "step 0: must be an object"},
         CBadInput{R"({"steps": [{"ids": []}]})", "step 0: \"step\" must name the step"},
         CBadInput{R"({"steps": [{"step": "clear_log"}, {"step": "selec", "ids": []}]})", "step 1: unknown step \"selec\""},
@@ -47,7 +51,15 @@ INSTANTIATE_TEST_SUITE_P(
         CBadInput{R"({"steps": [{"step": "answer_messages"}]})", "answer_messages: give \"button\" or \"buttons\""},
         CBadInput{R"({"steps": [{"step": "answer_messages", "buttons": [1, "2"]}]})", "\"buttons\" must be an array of integers"},
         CBadInput{R"({"steps": [{"step": "table_combo_choose", "table": "t", "row": 0, "column": 1}]})", "missing \"text\""},
-        CBadInput{R"({"steps": [{"step": "click", "widget": "w", "only_if_clicked": true}]})", "\"only_if_clicked\" must be a string"}),
+        CBadInput{R"({"steps": [{"step": "click", "widget": "w", "only_if_clicked": true}]})", "\"only_if_clicked\" must be a string"},
+        CBadInput{R"({"steps": [{"step": "table_set_checked", "table": "t", "row": 0, "column": 1}]})", "table_set_checked: missing \"checked\""},
+        CBadInput{R"({"steps": [{"step": "dump_table"}]})", "dump_table: missing \"table\""},
+        CBadInput{R"({"steps": [{"step": "dump_scene", "ids": "hero"}]})", "dump_scene: \"ids\" must be an array of strings"},
+        CBadInput{R"({"steps": [{"step": "wait_goz_return", "timeout_ms": -5}]})", "wait_goz_return: \"timeout_ms\" must be an integer of 0"},
+        CBadInput{R"({"steps": [{"step": "set_zbrush_return"}]})", "set_zbrush_return: missing \"settings\""},
+        CBadInput{R"({"steps": [{"step": "set_zbrush_return", "settings": "all"}]})", "\"settings\" must be an object or null"},
+        CBadInput{R"({"steps": [{"step": "set_zbrush_return", "settings": {"meshes": 3}}]})",
+                   "set_zbrush_return: \"settings\": \"meshes\" must be"}),
     MV::Host::Test::BadInputName);
 
 TEST(hostScript, ReadsStepsWatchdogAndResultCodes)
@@ -58,6 +70,8 @@ TEST(hostScript, ReadsStepsWatchdogAndResultCodes)
     ASSERT_EQ(QV::kOk, script.Parse(R"({"comment": "x", "steps": [{"step": "clear_log", "comment": "why"}]})", error))
         << error.toStdString();
     EXPECT_EQ(CScript::kDefaultWatchdogMs, script.WatchdogMs());
+    ASSERT_EQ(QV::kOk, script.Parse(R"({"watchdog_ms": 3600000, "steps": []})", error)) << error.toStdString();
+    EXPECT_EQ(CScript::kMaxWatchdogMs, script.WatchdogMs());
     const struct
     {
         QJsonValue m_kValue;

@@ -1,0 +1,489 @@
+#include "CTargetComboBox.h"
+#include "ReceiveFixture.h"
+
+#include <QGroupBox>
+#include <QHeaderView>
+#include <QLabel>
+#include <QListView>
+#include <QPushButton>
+#include <QRadioButton>
+
+using namespace MV;
+using namespace MV::Test;
+
+namespace {
+
+QStringList Items(const QComboBox* combo)
+{
+    QStringList items;
+    for (int i = 0; i < combo->count(); ++i) {
+        items << combo->itemText(i);
+    }
+    return items;
+}
+
+class ReceiveDialog : public ReceiveFixture
+{
+public:
+    void SetUp() override
+    {
+        ReceiveFixture::SetUp();
+        StartDialog(kDialogScene);
+    }
+
+    void Choose(QComboBox* combo, int index)
+    {
+        ASSERT_NE(combo, nullptr);
+        combo->setCurrentIndex(index);
+    }
+
+    void Check(QCheckBox* box, bool checked)
+    {
+        ASSERT_NE(box, nullptr);
+        box->setChecked(checked);
+    }
+};
+
+TEST(ReceiveDialogSetup, InitializeWithoutAHostIsRefused)
+{
+    ZBrushToFMDlg dialog(nullptr);
+    EXPECT_EQ(dialog.Initialize(QString(), QString(), nullptr), QV::kInvalidArg);
+    EXPECT_FALSE(dialog.IsFormComplete());
+    EXPECT_EQ(dialog.GoZDataUpdated(), QV::kInvalidArg);
+}
+
+TEST_F(ReceiveDialog, TheHostsDataEventFillsAndShowsTheTable)
+{
+    const QTableWidget* table = Table();
+    ASSERT_EQ(table->columnCount(), 6);
+    const int widths[] = {179, 120, 179, 120, 120, 120};
+    for (int column = 0; column < 6; ++column) {
+        EXPECT_EQ(table->columnWidth(column), widths[column]) << column;
+    }
+
+    WriteReturn(kDialogReturn);
+    WriteTextureSizes(kTextureSizes);
+    m_pHost->RaiseGoZDataUpdated();
+    ASSERT_EQ(table->rowCount(), 5);
+    EXPECT_TRUE(m_pDialog->isVisible());
+    EXPECT_TRUE(m_pDialog->isModal());
+    EXPECT_FALSE(m_pDialog->IsExpressionGoZ());
+
+    const struct
+    {
+        const char* name;
+        const char* action;
+        QStringList actions;
+        const char* target;
+        bool texture;
+    } rows[] = {
+        {"Hero_Body", "Update", {"Update", "Create Acc", "Create Prop"}, "Hero_Body", false},
+        {"RockOne", "Update", {"Update", "Create Acc", "Create Cloth", "Create Prop"}, "Rock B", true},
+        {"RockTwo", "Update", {"Update", "Create Acc", "Create Cloth", "Create Prop"}, "Rock B", false},
+        {"Lamp", "Create Cloth", {"Update", "Create Acc", "Create Cloth", "Create Prop"}, "Hero_Body", true},
+        {"Vase", "Create Cloth", {"Update", "Create Acc", "Create Cloth", "Create Prop"}, "Hero_Body", false},
+    };
+    for (int row = 0; row < 5; ++row) {
+        SCOPED_TRACE(rows[row].name);
+        ASSERT_NE(table->item(row, 0), nullptr);
+        EXPECT_EQ(table->item(row, 0)->text(), rows[row].name);
+        EXPECT_EQ(table->item(row, 0)->textAlignment(), int(Qt::AlignLeft | Qt::AlignVCenter));
+        ASSERT_NE(ActionCombo(row), nullptr);
+        EXPECT_EQ(ActionCombo(row)->currentText(), rows[row].action);
+        EXPECT_EQ(Items(ActionCombo(row)), rows[row].actions);
+        ASSERT_NE(TargetCombo(row), nullptr);
+        EXPECT_EQ(TargetCombo(row)->currentText(), rows[row].target);
+        ASSERT_NE(MeshBox(row), nullptr);
+        EXPECT_TRUE(MeshBox(row)->isChecked());
+        // A mesh without a texture has neither texture cell.
+        EXPECT_EQ(TextureBox(row) != nullptr, rows[row].texture);
+        EXPECT_EQ(SizeCombo(row) != nullptr, rows[row].texture);
+    }
+    EXPECT_EQ(Items(SizeCombo(RockOneRow)), (QStringList{"512 x 512", "1024 x 1024", "Custom"}));
+    EXPECT_EQ(SizeCombo(RockOneRow)->currentText(), "1024 x 1024");
+    EXPECT_EQ(Items(TargetCombo(RockOneRow)), (QStringList{"Rock A", "Rock B", ZBrushToFMDlg::PleaseSelectText()}));
+}
+
+TEST_F(ReceiveDialog, RowsOfferingAllTargetsShareOneModel)
+{
+    ASSERT_EQ(Receive(), QV::kOk);
+    auto* lamp = qobject_cast<CTargetComboBox*>(TargetCombo(LampRow));
+    auto* vase = qobject_cast<CTargetComboBox*>(TargetCombo(VaseRow));
+    ASSERT_NE(lamp, nullptr);
+    ASSERT_NE(vase, nullptr);
+    EXPECT_EQ(lamp->model(), vase->model());
+    EXPECT_EQ(Items(lamp), (QStringList{"Hero_Body", "Hero_Head", "Rock A", "Rock B", ZBrushToFMDlg::PleaseSelectText()}));
+    EXPECT_TRUE(lamp->IsLastItemHidden()) << "a row with a target does not offer Please Select";
+    EXPECT_NE(TargetCombo(RockOneRow)->model(), TargetCombo(RockTwoRow)->model()) << "narrowed lists are the row's own";
+}
+
+TEST_F(ReceiveDialog, UpdateTargetsSwapBetweenRows)
+{
+    ASSERT_EQ(Receive(), QV::kOk);
+    QWidget* bodyCombo = TargetCombo(BodyRow);
+    Choose(TargetCombo(RockOneRow), 0); // Rock A; nobody had it
+    EXPECT_EQ(Record(RockOneRow).m_iChosenTarget, 0);
+    EXPECT_EQ(Record(RockTwoRow).m_iChosenTarget, 1);
+
+    Choose(TargetCombo(RockTwoRow), 0); // Rock A, which RockOne has: they swap
+    EXPECT_EQ(Record(RockTwoRow).m_iChosenTarget, 0);
+    EXPECT_EQ(Record(RockOneRow).m_iChosenTarget, 1);
+    EXPECT_EQ(TargetCombo(RockOneRow)->currentText(), "Rock B");
+    EXPECT_EQ(TargetCombo(RockTwoRow)->currentText(), "Rock A");
+    EXPECT_EQ(Record(BodyRow).m_iChosenTarget, 0);
+    EXPECT_EQ(TargetCombo(BodyRow), bodyCombo) << "rows that did not change are not rebuilt";
+
+    // A row without a target that takes another's leaves that one without.
+    Choose(TargetCombo(RockOneRow), 2);
+    EXPECT_EQ(Record(RockOneRow).m_iChosenTarget, -1);
+    EXPECT_EQ(TargetCombo(RockOneRow)->currentText(), ZBrushToFMDlg::PleaseSelectText());
+    EXPECT_FALSE(qobject_cast<CTargetComboBox*>(TargetCombo(RockOneRow))->IsLastItemHidden());
+    Choose(TargetCombo(RockOneRow), 0);
+    EXPECT_EQ(Record(RockOneRow).m_iChosenTarget, 0);
+    EXPECT_EQ(Record(RockTwoRow).m_iChosenTarget, -1);
+    EXPECT_EQ(TargetCombo(RockTwoRow)->currentText(), ZBrushToFMDlg::PleaseSelectText());
+}
+
+TEST_F(ReceiveDialog, PleaseSelectLeavesTheRowWithoutTargetAndImportRefuses)
+{
+    ASSERT_EQ(Receive(), QV::kOk);
+    EXPECT_TRUE(m_pDialog->CheckUiStateCanGoz());
+    QComboBox* combo = TargetCombo(RockTwoRow);
+    Choose(combo, combo->count() - 1);
+    EXPECT_EQ(Record(RockTwoRow).m_iChosenTarget, -1);
+    EXPECT_EQ(Record(RockOneRow).m_iChosenTarget, 1) << "no other row changes";
+    EXPECT_FALSE(m_pDialog->CheckUiStateCanGoz());
+
+    m_pHost->CallLog().Clear();
+    m_pDialog->Ui().qtImportButton->click();
+    ASSERT_EQ(m_pHost->MessageBoxes().size(), 1);
+    const Host::CMessageBoxRecord& box = m_pHost->MessageBoxes().first();
+    EXPECT_EQ(box.m_strText, "[MVGoZBursh] Error target");
+    EXPECT_EQ(box.m_strTitle, QString());
+    EXPECT_EQ(box.m_iKind, kMessageWarning);
+    EXPECT_EQ(box.m_iButtons, kMessageButtonOk);
+    EXPECT_EQ(Calls("ImportGoZToObject") + Calls("CreatePropFromGoZ") + Calls("FinishGoZImport"), 0);
+    EXPECT_TRUE(m_pDialog->isVisible());
+}
+
+TEST_F(ReceiveDialog, AnUpdateRowWithNothingOfItsTypeKeepsItsTargetFixed)
+{
+    ASSERT_EQ(Receive(), QV::kOk);
+    Choose(ActionCombo(VaseRow), 0); // Update: nothing in the scene is a vase
+    EXPECT_EQ(Record(VaseRow).m_eAction, ActionUpdate);
+    QComboBox* target = TargetCombo(VaseRow);
+    ASSERT_NE(target, nullptr);
+    EXPECT_FALSE(target->isEnabled());
+    EXPECT_EQ(Items(target), QStringList{"Hero_Body"});
+    target->setCurrentIndex(-1);
+    EXPECT_EQ(Record(VaseRow).m_iChosenTarget, 0) << "the fixed box is not connected";
+
+    CZBrushToFMMeshInfoList records = m_pDialog->Records();
+    records[VaseRow].m_iChosenTarget = -1;
+    m_pDialog->SetRecords(records);
+    EXPECT_EQ(TargetCombo(VaseRow)->count(), 0);
+    EXPECT_FALSE(TargetCombo(VaseRow)->isEnabled());
+}
+
+TEST_F(ReceiveDialog, UncheckingTheMeshOfANewObjectDropsItsTextureUntilCheckedAgain)
+{
+    ASSERT_EQ(Receive(), QV::kOk);
+    Choose(ActionCombo(LampRow), 3); // Create Prop
+    ASSERT_EQ(Record(LampRow).m_eAction, ActionCreateProp);
+    Check(TextureBox(LampRow), true);
+    EXPECT_TRUE(Record(LampRow).m_bTakeTexture);
+
+    Check(MeshBox(LampRow), false);
+    EXPECT_FALSE(Record(LampRow).m_bTakeMesh);
+    EXPECT_FALSE(Record(LampRow).m_bTakeTexture);
+    EXPECT_FALSE(TextureBox(LampRow)->isChecked());
+    EXPECT_FALSE(TextureBox(LampRow)->isEnabled());
+
+    Check(MeshBox(LampRow), true);
+    EXPECT_TRUE(Record(LampRow).m_bTakeTexture) << "the texture state comes back";
+    EXPECT_TRUE(TextureBox(LampRow)->isChecked());
+    EXPECT_TRUE(TextureBox(LampRow)->isEnabled());
+
+    // An Update row keeps its texture whatever the mesh does.
+    Check(TextureBox(RockOneRow), true);
+    Check(MeshBox(RockOneRow), false);
+    EXPECT_TRUE(Record(RockOneRow).m_bTakeTexture);
+    EXPECT_TRUE(TextureBox(RockOneRow)->isEnabled());
+
+    Choose(SizeCombo(RockOneRow), 2);
+    EXPECT_EQ(Record(RockOneRow).m_iChosenTextureSize, 2);
+}
+
+TEST_F(ReceiveDialog, ThePoseSectionIsForNewAccessoriesAndPropsOnly)
+{
+    ASSERT_EQ(Receive(), QV::kOk);
+    const CZBrushToFMMeshInfo lamp = Record(LampRow);
+    const QGroupBox* pose = m_pDialog->Ui().qtPoseGroupBox;
+    EXPECT_FALSE(pose->isEnabled()) << "Update rows";
+
+    m_pDialog->SetRecords(CZBrushToFMMeshInfoList{lamp});
+    EXPECT_FALSE(pose->isEnabled()) << "one Create Cloth row";
+    Choose(ActionCombo(0), 1);
+    EXPECT_EQ(Record(0).m_eAction, ActionCreateAcc);
+    EXPECT_TRUE(pose->isEnabled());
+    Choose(ActionCombo(0), 3);
+    EXPECT_TRUE(pose->isEnabled());
+    m_pDialog->SetRecords(CZBrushToFMMeshInfoList());
+    EXPECT_TRUE(pose->isEnabled()) << "no rows";
+}
+
+TEST_F(ReceiveDialog, TemplateEntriesSetTheRowsCheckBoxes)
+{
+    ASSERT_EQ(Receive(), QV::kOk);
+    const CZBrushToFMMeshInfoList initial = m_pDialog->Records();
+    // Rows: Update without texture, Update textured, Update, Create Cloth textured, Create Cloth.
+    const struct
+    {
+        int index;
+        bool mesh[5];
+        bool texture[5];
+    } cases[] = {
+        {0, {true, true, true, true, true}, {false, false, false, false, false}},
+        {1, {true, true, true, true, true}, {false, true, false, true, false}},
+        {2, {true, true, true, true, true}, {false, false, false, false, false}},
+        {3, {false, false, false, true, true}, {false, true, false, false, false}},
+        {7, {true, true, true, true, true}, {false, false, false, false, false}},
+    };
+    for (const auto& c : cases) {
+        CZBrushToFMMeshInfoList start = initial;
+        start[LampRow].m_bTakeTexture = c.index == 2; // something for "mesh only" to clear
+        m_pDialog->SetRecords(start);
+        EXPECT_EQ(m_pDialog->ResetTemplateCheckBox(c.index), QV::kOk);
+        for (int row = 0; row < 5; ++row) {
+            SCOPED_TRACE(::testing::Message() << "template " << c.index << ", row " << row);
+            EXPECT_EQ(Record(row).m_bTakeMesh, c.mesh[row]);
+            EXPECT_EQ(MeshBox(row)->isChecked(), c.mesh[row]);
+            EXPECT_EQ(Record(row).m_bTakeTexture, c.texture[row]);
+            if (TextureBox(row) != nullptr) {
+                EXPECT_EQ(TextureBox(row)->isChecked(), c.texture[row]);
+            }
+        }
+    }
+
+    // Choosing an entry in the box applies it; the box then names what the rows match.
+    m_pDialog->SetRecords(initial);
+    m_pDialog->Ui().qtTemplateComboBox->setCurrentIndex(1);
+    EXPECT_TRUE(Record(LampRow).m_bTakeTexture);
+    Check(TextureBox(LampRow), false);
+    EXPECT_EQ(m_pDialog->Ui().qtTemplateComboBox->currentIndex(), 0);
+    Check(TextureBox(RockOneRow), false);
+    EXPECT_EQ(m_pDialog->Ui().qtTemplateComboBox->currentIndex(), 2);
+    EXPECT_FALSE(Record(LampRow).m_bTakeTexture) << "the update did not re-apply the entry";
+}
+
+TEST_F(ReceiveDialog, TextureEntriesOfTheTemplateListShowOnlyWithTextures)
+{
+    ASSERT_EQ(Receive("Hero_Body\nVase\n"), QV::kOk);
+    auto* list = qobject_cast<QListView*>(m_pDialog->Ui().qtTemplateComboBox->view());
+    ASSERT_NE(list, nullptr);
+    EXPECT_TRUE(list->isRowHidden(1));
+    EXPECT_FALSE(list->isRowHidden(2));
+    EXPECT_TRUE(list->isRowHidden(3));
+    ASSERT_EQ(Receive(), QV::kOk);
+    EXPECT_FALSE(list->isRowHidden(1));
+    EXPECT_FALSE(list->isRowHidden(3));
+}
+
+TEST_F(ReceiveDialog, UpdatingOneRowRebuildsOnlyThatRow)
+{
+    ASSERT_EQ(Receive(), QV::kOk);
+    QWidget* before[5];
+    for (int row = 0; row < 5; ++row) {
+        before[row] = TargetCombo(row);
+    }
+    m_pDialog->UpdateTableWidgetUI(LampRow);
+    for (int row = 0; row < 5; ++row) {
+        EXPECT_EQ(TargetCombo(row) == before[row], row != LampRow) << row;
+    }
+    m_pDialog->UpdateTableWidgetUI(99); // no such row: nothing happens
+    EXPECT_EQ(Table()->rowCount(), 5);
+}
+
+TEST_F(ReceiveDialog, PoseOptionIsReadFromTheRadioButtons)
+{
+    const CZBrushToFMDlgUiComponent& ui = m_pDialog->Ui();
+    const struct
+    {
+        const char* avatar;
+        QRadioButton* checked; // null: none checked
+        EGozPoseOption expected;
+    } cases[] = {
+        {"hero", ui.qtBindPoseRadioButton, EGozPoseOption::BindPose},
+        {"hero", ui.qtTPoseRadioButton, EGozPoseOption::TPose},
+        {"hero", ui.qtCurrentPoseRadioButton, EGozPoseOption::CurrentPose},
+        {"hero", nullptr, EGozPoseOption::TPose},
+        {"", ui.qtBindPoseRadioButton, EGozPoseOption::None},
+    };
+    for (const auto& c : cases) {
+        SetAvatar(QLatin1String(c.avatar));
+        for (QRadioButton* button : {ui.qtBindPoseRadioButton, ui.qtTPoseRadioButton, ui.qtCurrentPoseRadioButton}) {
+            button->setAutoExclusive(false);
+            button->setChecked(button == c.checked);
+            button->setAutoExclusive(true);
+        }
+        EXPECT_EQ(m_pDialog->GetPoseOption(), c.expected) << c.avatar << " " << (c.checked ? "checked" : "none");
+    }
+    for (EGozPoseOption option : {EGozPoseOption::TPose, EGozPoseOption::CurrentPose, EGozPoseOption::BindPose}) {
+        SetAvatar(QStringLiteral("hero"));
+        m_pDialog->SetUiPoseOption(option);
+        EXPECT_EQ(m_pDialog->GetPoseOption(), option);
+    }
+}
+
+TEST_F(ReceiveDialog, ThePoseSectionShowsForTheFirstQualifyingUpdateRow)
+{
+    ASSERT_EQ(Receive(), QV::kOk);
+    const CZBrushToFMDlgUiComponent& ui = m_pDialog->Ui();
+    const CZBrushToFMMeshInfo body = Record(BodyRow);
+    const struct
+    {
+        const char* what;
+        int parentType;
+        int action;
+        int chosen;
+        bool locked;
+        bool shown;
+        bool bindShown;
+        EGozPoseOption pose;
+    } cases[] = {
+        {"parent type 1", 1, ActionUpdate, 0, true, false, true, EGozPoseOption::TPose},
+        {"parent type 2", 2, ActionUpdate, 0, true, false, true, EGozPoseOption::TPose},
+        {"parent type 3", 3, ActionUpdate, 0, true, false, true, EGozPoseOption::CurrentPose},
+        {"character, bind pose locked", 4, ActionUpdate, 0, true, true, false, EGozPoseOption::TPose},
+        {"character", 4, ActionUpdate, 0, false, true, true, EGozPoseOption::BindPose},
+        {"not an update", 4, ActionCreateAcc, 0, true, false, true, EGozPoseOption::BindPose},
+        {"no target", 4, ActionUpdate, -1, true, false, true, EGozPoseOption::BindPose},
+        {"other parent type", 5, ActionUpdate, 0, true, false, true, EGozPoseOption::BindPose},
+    };
+    for (const auto& c : cases) {
+        SetObjectFlag("hero", &Host::CSceneObject::m_bBindPoseLocked, c.locked);
+        ui.qtBindPoseRadioButton->setEnabled(true);
+        ui.qtBindPoseRadioButton->setVisible(true);
+        m_pDialog->SetUiPoseOption(EGozPoseOption::BindPose);
+        CZBrushToFMMeshInfo record = body;
+        record.m_iParentType = c.parentType;
+        record.m_eAction = c.action;
+        record.m_iChosenTarget = c.chosen;
+        EXPECT_EQ(m_pDialog->CheckPoseSectionVisible(CZBrushToFMMeshInfoList{record}), QV::kOk);
+        EXPECT_EQ(ui.qtPoseGroupBox->isVisibleTo(m_pDialog.get()), c.shown) << c.what;
+        // The section itself is disabled while Update rows are listed; the button's own state counts.
+        EXPECT_EQ(ui.qtBindPoseRadioButton->isVisibleTo(ui.qtPoseGroupBox), c.bindShown) << c.what;
+        EXPECT_EQ(ui.qtBindPoseRadioButton->isEnabledTo(ui.qtPoseGroupBox), c.bindShown) << c.what;
+        EXPECT_EQ(m_pDialog->GetPoseOption(), c.pose) << c.what;
+    }
+}
+
+TEST_F(ReceiveDialog, AutoRigNeedsACharacterAndEveryRigMeshUpdated)
+{
+    QCheckBox* autoRig = m_pDialog->Ui().qtDoAutoRigBox;
+    ASSERT_EQ(Receive(), QV::kOk);
+    EXPECT_TRUE(autoRig->isVisibleTo(m_pDialog.get()));
+    EXPECT_FALSE(autoRig->isEnabled()) << "Hero_Head is not updated";
+
+    ASSERT_EQ(Receive("Hero_Body\nHero_Head\nVase\n"), QV::kOk);
+    EXPECT_TRUE(autoRig->isEnabled());
+    Choose(TargetCombo(1), 0); // Hero_Head's row takes Hero_Body: the two swap, both rigged still
+    EXPECT_EQ(m_pDialog->IsAutoRigCheckBoxEnable(m_pDialog->Records()), QV::kOk);
+    EXPECT_TRUE(autoRig->isEnabled());
+
+    m_pHost->Scene().Object(m_pHost->Scene().IndexOf(QStringLiteral("hero"))).m_iAvatarType = 2;
+    EXPECT_EQ(m_pDialog->IsAutoRigCheckBoxEnable(m_pDialog->Records()), QV::kOk);
+    EXPECT_FALSE(autoRig->isVisibleTo(m_pDialog.get()));
+
+    ASSERT_EQ(m_pHost->SetFailure(QStringLiteral("ListAvatarRigMeshNames"), QV::kOutOfRange), QV::kOk);
+    EXPECT_EQ(m_pDialog->IsAutoRigCheckBoxEnable(m_pDialog->Records()), QV::kOutOfRange);
+    m_pHost->ClearFailures();
+
+    SetAvatar(QString());
+    autoRig->setVisible(true);
+    EXPECT_EQ(m_pDialog->IsAutoRigCheckBoxEnable(m_pDialog->Records()), QV::kOk);
+    EXPECT_FALSE(autoRig->isVisibleTo(m_pDialog.get()));
+}
+
+TEST_F(ReceiveDialog, EyeElementBoxesShowForTheCharacterAndStepAsideForReturnedElements)
+{
+    QCheckBox* eye = m_pDialog->Ui().qtAdjustEyeOcclusionCheckBox;
+    QCheckBox* tear = m_pDialog->Ui().qtAdjustTearlineCheckBox;
+    const struct
+    {
+        const char* what;
+        QByteArray list;
+        bool locked;
+        bool shown;
+        bool eyeEnabled;
+        bool tearEnabled;
+    } cases[] = {
+        {"body updated", "Hero_Body\n", true, true, true, true},
+        {"check does not hold", "Hero_Body\n", false, false, true, true},
+        {"no update row", "Vase\n", true, false, true, true},
+        {"eye occlusion returned", "Hero_Body\nHero_EyeOcclusion\n", true, true, false, true},
+        {"tear line returned", "Hero_Body\nHero_TearLine\n", true, true, true, false},
+    };
+    for (const auto& c : cases) {
+        SetObjectFlag("hero", &Host::CSceneObject::m_bBindPoseLocked, c.locked);
+        ASSERT_EQ(Receive(c.list), QV::kOk) << c.what;
+        EXPECT_EQ(eye->isVisibleTo(m_pDialog.get()), c.shown) << c.what;
+        EXPECT_EQ(tear->isVisibleTo(m_pDialog.get()), c.shown) << c.what;
+        EXPECT_EQ(eye->isEnabled(), c.eyeEnabled) << c.what;
+        EXPECT_EQ(tear->isEnabled(), c.tearEnabled) << c.what;
+    }
+}
+
+TEST_F(ReceiveDialog, AReturnedExpressionOrTheHostsSkipKeepsTheDialogHidden)
+{
+    const struct
+    {
+        const char* what;
+        const char* motion; // empty: none
+        bool skip;
+        QV::Result result;
+        bool expression;
+        bool shown;
+    } cases[] = {
+        {"a plain return", "", false, QV::kOk, false, true},
+        {"pose named after the owning character", "Hero.mvMotionPlus", false, QV::kOk, true, false},
+        {"pose named after a returned mesh", "RockOne.mvMotionPlus", false, QV::kOk, true, false},
+        {"pose of a mesh without targets", "Lamp.mvMotionPlus", false, QV::kOk, false, true},
+        {"the host skips the dialog", "", true, QV::kNothingDone, false, false},
+    };
+    for (const auto& c : cases) {
+        QDir(QLatin1String(kProjectFolder)).removeRecursively();
+        if (*c.motion != 0) {
+            WriteProjectFile(QLatin1String(c.motion));
+        }
+        SetObjectFlag("hero", &Host::CSceneObject::m_bSkipReceiveDialog, c.skip);
+        m_pDialog->hide();
+        EXPECT_EQ(Receive(), c.result) << c.what;
+        EXPECT_EQ(m_pDialog->IsExpressionGoZ(), c.expression) << c.what;
+        EXPECT_EQ(m_pDialog->isVisible(), c.shown) << c.what;
+        EXPECT_EQ(Table()->rowCount(), 5) << c.what << ": the table is filled either way";
+    }
+}
+
+TEST_F(ReceiveDialog, AFailedReceiveLeavesTheTableAsItWas)
+{
+    ASSERT_EQ(Receive("Hero_Body\nVase\n"), QV::kOk);
+    const CZBrushToFMMeshInfoList before = m_pDialog->Records();
+
+    QFile::remove(QLatin1String(kAppFolder) + QStringLiteral("GoZ_Info.txt"));
+    EXPECT_EQ(m_pDialog->GoZDataUpdated(), QV::kFail);
+    for (const char* operation : {"FindObjectByName", "ListAvatarRigMeshNames", "GetGozExtraMeshNames"}) {
+        m_pHost->ClearFailures();
+        ASSERT_EQ(m_pHost->SetFailure(QLatin1String(operation), QV::kOutOfRange), QV::kOk);
+        EXPECT_EQ(Receive(), QV::kOutOfRange) << operation;
+    }
+    m_pHost->ClearFailures();
+    QFile::remove(QLatin1String(kTextureSizeFile));
+    WriteReturn(kDialogReturn);
+    EXPECT_EQ(m_pDialog->GoZDataUpdated(), QV::kOutOfMemory) << "no texture-size settings";
+
+    EXPECT_EQ(m_pDialog->Records(), before);
+    EXPECT_EQ(Table()->rowCount(), 2);
+}
+
+} // namespace
