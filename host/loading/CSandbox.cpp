@@ -1,13 +1,47 @@
 #include "CSandbox.h"
 
 #include <QCoreApplication>
+#include <QDateTime>
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
 #include <QTemporaryDir>
 
+#include <utime.h>
+
 namespace MV {
 namespace Host {
+
+namespace {
+
+bool LayOutGoZAppFolder(const QDir& work, CSandbox::EGoZAppFolder state)
+{
+    const QString folder = work.filePath(QLatin1String(CSandbox::kGoZAppFolder));
+    switch (state) {
+    case CSandbox::EGoZAppFolder::Absent:
+        return true;
+    case CSandbox::EGoZAppFolder::File: {
+        QFile file(folder);
+        return work.mkpath(QFileInfo(folder).path()) && file.open(QIODevice::WriteOnly) && file.write("not a folder") > 0;
+    }
+    case CSandbox::EGoZAppFolder::LockedLauncher: {
+        // A folder where the launcher goes, dated long ago, so the bridge counts as stale and
+        // must replace it, and a folder can not be removed like a file. Holds for root too.
+        const QString launcher = folder + QStringLiteral("/GoZBrushToFM.exe");
+        if (!work.mkpath(launcher)) {
+            return false;
+        }
+        const QDateTime longAgo(QDate(2000, 1, 1), QTime(0, 0));
+        struct utimbuf times;
+        times.actime = static_cast<time_t>(longAgo.toSecsSinceEpoch());
+        times.modtime = times.actime;
+        return ::utime(QFile::encodeName(launcher).constData(), &times) == 0;
+    }
+    }
+    return false;
+}
+
+} // namespace
 
 const QStringList& CSandbox::ZBrushProgramNames()
 {
@@ -87,6 +121,11 @@ QV::Result CSandbox::Create(QString& error)
     const QString pixologic = m_bPixologicFolder ? QStringLiteral("C:/Users/Public/Pixologic") : QLatin1String(kPublic);
     if (!work.mkpath(pixologic)) {
         error = QStringLiteral("cannot create %1 in %2").arg(pixologic, work.path());
+        m_pTemporary.reset();
+        return QV::kFail;
+    }
+    if (m_bPixologicFolder && !LayOutGoZAppFolder(work, m_eGoZAppFolder)) {
+        error = QStringLiteral("cannot lay out %1").arg(work.filePath(QLatin1String(kGoZAppFolder)));
         m_pTemporary.reset();
         return QV::kFail;
     }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "CSceneState.h"
 #include "QVResult.h"
 
 #include <QByteArray>
@@ -22,6 +23,7 @@ class CSandbox
 public:
     static constexpr const char* kPublic = "C:/Users/Public";
     static constexpr const char* kZBrushFolder = "C:/Users/Public/Pixologic/GoZBrush";
+    static constexpr const char* kGoZAppFolder = "C:/Users/Public/Pixologic/GoZApps/Figmora";
     // Installed names of the stand-ins and the tool each is copied from.
     static const QStringList& ZBrushProgramNames();
 
@@ -41,6 +43,10 @@ public:
     // The folder the run works in, relative to the work folder (empty: the work folder). The
     // fixed "C:/..." paths still lead to the sandbox's C: folder from there.
     void SetCurrentDirectory(const QString& relative) { m_strCurrentDirectory = relative; }
+    // What stands where the bridge goes before the run: nothing, a file in the folder's place
+    // (it cannot be made), or an old folder in the launcher's place (it cannot be replaced).
+    using EGoZAppFolder = CSceneState::EGoZAppFolder;
+    void SetGoZAppFolder(EGoZAppFolder state) { m_eGoZAppFolder = state; }
 
     // Lays the folder out and enters it. On failure nothing stays changed and error says why.
     QV::Result Create(QString& error);
@@ -74,6 +80,7 @@ private:
     QString m_strToolsFolder;
     bool m_bInstallZBrush = true;
     bool m_bPixologicFolder = true;
+    EGoZAppFolder m_eGoZAppFolder = EGoZAppFolder::Absent;
     QString m_strCurrentDirectory;
     QString m_strCurrentPath;
     bool m_bActive = false;

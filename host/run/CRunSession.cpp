@@ -92,6 +92,7 @@ QV::Result CRunSession::Execute(const CRunOptions& options, CReport& report)
     sandbox.SetInstallZBrush(options.m_bInstallZBrush && state.m_bZBrushInstalled);
     sandbox.SetPixologicFolder(state.m_bPixologicFolder);
     sandbox.SetCurrentDirectory(state.m_strCurrentDirectory);
+    sandbox.SetGoZAppFolder(state.m_eGoZAppFolder);
     sandbox.SetToolsFolder(options.m_strToolsFolder);
     QString error;
     if (QV::Failed(sandbox.Create(error))) {

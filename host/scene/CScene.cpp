@@ -29,7 +29,7 @@ const QStringList kSceneKeys = {
 
 const QStringList kSandboxKeys = {
     QStringLiteral("comment"), QStringLiteral("pixologic_folder"), QStringLiteral("zbrush_installed"),
-    QStringLiteral("current_directory"), QStringLiteral("texture_size_ini"),
+    QStringLiteral("current_directory"), QStringLiteral("texture_size_ini"), QStringLiteral("goz_app_folder"),
 };
 
 const QStringList kObjectKeys = {
@@ -388,6 +388,19 @@ bool ParseSandbox(const QJsonValue& value, CSceneState& state, QString& error)
     if (!IsInsideFolder(state.m_strCurrentDirectory)) {
         return reader.Fail(QStringLiteral("\"current_directory\" must be a folder inside the sandbox (relative, "
                                           "without \"..\"), such as \"C:/Program Files/Figmora\""));
+    }
+    QString appFolder = QStringLiteral("absent");
+    if (!reader.String(QStringLiteral("goz_app_folder"), appFolder)) {
+        return false;
+    }
+    if (appFolder == QLatin1String("absent")) {
+        state.m_eGoZAppFolder = CSceneState::EGoZAppFolder::Absent;
+    } else if (appFolder == QLatin1String("file")) {
+        state.m_eGoZAppFolder = CSceneState::EGoZAppFolder::File;
+    } else if (appFolder == QLatin1String("locked_launcher")) {
+        state.m_eGoZAppFolder = CSceneState::EGoZAppFolder::LockedLauncher;
+    } else {
+        return reader.Fail(QStringLiteral("\"goz_app_folder\" must be \"absent\", \"file\" or \"locked_launcher\""));
     }
     if (sandbox.contains(QStringLiteral("texture_size_ini"))) {
         const QJsonValue ini = sandbox.value(QStringLiteral("texture_size_ini"));

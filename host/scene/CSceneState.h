@@ -47,6 +47,9 @@ struct CSceneState
     bool m_bPixologicFolder = true;
     bool m_bZBrushInstalled = true;
     QString m_strCurrentDirectory; // relative to the work folder; empty: the work folder itself
+    // What stands where the bridge is installed (GoZApps/Figmora) before the run.
+    enum class EGoZAppFolder { Absent, File, LockedLauncher };
+    EGoZAppFolder m_eGoZAppFolder = EGoZAppFolder::Absent;
     enum class ETextureSizeFile
     {
         FromPlugin, // copied from the plug-in folder, as the host's installer does

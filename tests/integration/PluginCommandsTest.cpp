@@ -1,4 +1,5 @@
 #include "CPluginHost.h"
+#include "CPluginInterface.h"
 #include "CReferenceHost.h"
 #include "CReport.h"
 #include "CRunSession.h"
@@ -7,6 +8,8 @@
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QDialog>
+#include <QMenu>
+#include <QToolBar>
 #include <QFile>
 #include <QMainWindow>
 #include <QPluginLoader>
@@ -37,12 +40,17 @@ const QByteArray kScene = R"({
   "registry": {"SOFTWARE\\Quorvane\\Figmora\\4.0": {"Main Program": "C:\\Figmora\\Figmora.exe"}}
 })";
 
-QJsonObject RunSteps(const QByteArray& steps, bool installZBrush = true)
+// sandbox: the scene's "sandbox" object, or empty for none.
+QJsonObject RunSteps(const QByteArray& steps, bool installZBrush = true, const QJsonObject& sandbox = {})
 {
     CRunSession session;
     QString error;
     const QByteArray script = "{\"watchdog_ms\": 15000, \"steps\": " + steps + "}";
-    EXPECT_EQ(session.Prepare(kScene, script, error), QV::kOk) << error.toStdString();
+    QJsonObject scene = QJsonDocument::fromJson(kScene).object();
+    if (!sandbox.isEmpty()) {
+        scene.insert(QStringLiteral("sandbox"), sandbox);
+    }
+    EXPECT_EQ(session.Prepare(QJsonDocument(scene).toJson(), script, error), QV::kOk) << error.toStdString();
     CRunOptions options;
     options.m_strPlugin = QStringLiteral(MVGOZ_PLUGIN_MODULE);
     options.m_bInstallZBrush = installZBrush;
@@ -189,6 +197,11 @@ INSTANTIATE_TEST_SUITE_P(
                          R"({"step": "set_playing", "playing": true}, {"step": "select", "ids": ["hero"]},
                             {"step": "set_playing", "playing": true}, {"step": "set_playing", "playing": false})",
                          "goz/-"},
+        AvailabilityCase{"FailingTagLeavesActions",
+                         R"({"step": "select", "ids": ["k1"]},
+                            {"step": "fail", "operation": "GetCharacterTag", "code": "0x80000000"},
+                            {"step": "select", "ids": ["hero"]})",
+                         "goz/-"},
         AvailabilityCase{"FailingQueryLeavesActions",
                          R"({"step": "select", "ids": ["k1"]},
                             {"step": "fail", "operation": "GetAvatarType", "code": "0x80000000"},
@@ -209,17 +222,75 @@ TEST(PluginCommands, RefusedCharacterShowsItsMessageAndSendsNothing)
     EXPECT_FALSE(HasFile(report, QStringLiteral("C:/Users/Public/Pixologic/GoZApps/Figmora/GoZ_Config.txt")));
 }
 
-TEST(PluginCommands, MissingZBrushStopsBeforeTheDialog)
+// Each way the bridge install fails has its message, and the send dialog stays closed.
+TEST(PluginCommands, BridgeInstallFailuresStopBeforeTheDialog)
+{
+    const struct
+    {
+        const char* name;
+        bool zbrush;
+        const char* appFolder;
+        const char* message;
+    } cases[] = {
+        {"no ZBrush", false, "absent", "[MVGoZBursh] Please install ZBrush"},
+        {"folder can't be made", true, "file", "[MVGoZBursh] Fail to create dir"},
+        {"stale launcher can't be replaced", true, "locked_launcher", "[MVGoZBursh] Fail to copy necessary files"},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.name);
+        const QJsonObject report = RunSteps(R"([{"step": "select", "ids": ["k1"]},
+                                           {"step": "trigger", "action": "qtGoZAction"},
+                                           {"step": "dump_dialog"}])",
+                                            c.zbrush, QJsonObject{{"goz_app_folder", c.appFolder}});
+        EXPECT_EQ(Messages(report), QStringList{QLatin1String(c.message)});
+        EXPECT_FALSE(HasFile(report, QStringLiteral("C:/Users/Public/Pixologic/GoZApps/Figmora/GoZ_Config.txt")));
+        const QJsonArray steps = report.value(QStringLiteral("steps")).toArray();
+        EXPECT_EQ(steps.last().toObject().value(QStringLiteral("status")).toString(), QStringLiteral("failed"))
+            << "no dialog to dump";
+        EXPECT_TRUE(report.value(QStringLiteral("dialog_dumps")).toArray().isEmpty());
+    }
+}
+
+// Only the expression command sends the expression's pose, whichever way it is given.
+TEST(PluginCommands, OnlyExpressionGoZSendsThePose)
+{
+    const struct
+    {
+        const char* name;
+        const char* command;
+        int poseSaves;
+    } cases[] = {
+        {"GoZ action", R"({"step": "select", "ids": ["hero_hair"]}, {"step": "trigger", "action": "qtGoZAction"})", 0},
+        {"Expression GoZ action",
+         R"({"step": "set_expression_editing", "id": "hero", "editing": true},
+            {"step": "select", "ids": ["hero_hair"]},
+            {"step": "trigger", "action": "qtExpressionGoZAction"})", 1},
+        {"Expression GoZ event", R"({"step": "raise_expression_goz"})", 1},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.name);
+        const QJsonObject report = RunSteps(R"([{"step": "set_current_avatar", "id": "hero"}, )" + QByteArray(c.command) +
+                                            R"(, {"step": "click", "widget": "qtGoZButton"}])");
+        ASSERT_TRUE(report.value(QStringLiteral("ok")).toBool())
+            << QJsonDocument(report.value(QStringLiteral("steps")).toArray()).toJson().toStdString();
+        EXPECT_EQ(Operations(report).count(QStringLiteral("SaveMotionFile")), c.poseSaves);
+        EXPECT_GT(Operations(report).count(QStringLiteral("ExportGoZ")), 0);
+    }
+}
+
+TEST(PluginCommands, FailedExpressionGoZKeepsTheFacePartsSelected)
 {
     const QJsonObject report = RunSteps(R"([{"step": "select", "ids": ["k1"]},
-                                       {"step": "trigger", "action": "qtGoZAction"},
-                                       {"step": "dump_dialog"}])",
-                                   false);
+                                       {"step": "set_current_avatar", "id": "hero"},
+                                       {"step": "raise_expression_goz"}])",
+                                        false);
     EXPECT_EQ(Messages(report), QStringList{QStringLiteral("[MVGoZBursh] Please install ZBrush")});
-    EXPECT_FALSE(HasFile(report, QStringLiteral("C:/Users/Public/Pixologic/GoZApps/Figmora/GoZ_Config.txt")));
-    const QJsonArray steps = report.value(QStringLiteral("steps")).toArray();
-    EXPECT_EQ(steps.last().toObject().value(QStringLiteral("status")).toString(), QStringLiteral("failed"))
-        << "no dialog to dump";
+    QStringList selection;
+    for (const QJsonValue& id : report.value(QStringLiteral("final_state")).toObject().value(QStringLiteral("selection")).toArray()) {
+        selection << id.toString();
+    }
+    EXPECT_EQ(selection, (QStringList{QStringLiteral("hero_eyeocc"), QStringLiteral("hero_tear"),
+                                      QStringLiteral("hero_hair"), QStringLiteral("hero_teeth")}));
 }
 
 TEST(PluginCommands, GoZInstallsTheBridgeAndOpensTheDialog)
@@ -336,6 +407,41 @@ TEST(PluginModule, MissingResourceFileFailsInitialize)
         EXPECT_EQ(plugins.InitializeResult(), QV::kFail);
     }
     EXPECT_TRUE(host.MainWindow()->findChildren<QDialog*>().isEmpty()) << "no dialog before the form loads";
+}
+
+} // namespace
+
+namespace {
+
+// The host may hand in lists that already hold entries; the plug-in's go after them, and one
+// the host has destroyed is handed on as a null in its place.
+TEST(PluginModule, ListGettersAppendAndHandOnDestroyedEntriesAsNull)
+{
+    CReferenceHost host;
+    CPluginHost plugins(host);
+    ASSERT_EQ(plugins.Load(QStringLiteral(MVGOZ_PLUGIN_MODULE)), QV::kOk);
+    CPluginInterface* plugin = plugins.Plugin();
+    ASSERT_NE(plugin, nullptr);
+
+    QMenu earlierMenu;
+    QList<QMenu*> menus{&earlierMenu};
+    ASSERT_EQ(plugin->GetMenusList(menus), QV::kOk);
+    ASSERT_GE(menus.size(), 2);
+    EXPECT_EQ(menus.first(), &earlierMenu);
+    const int menuCount = menus.size();
+
+    QToolBar earlierBar;
+    QList<QToolBar*> bars{&earlierBar};
+    ASSERT_EQ(plugin->GetToolBarsList(bars), QV::kOk);
+    ASSERT_GE(bars.size(), 2);
+    EXPECT_EQ(bars.first(), &earlierBar);
+
+    delete menus.last();
+    QList<QMenu*> again;
+    ASSERT_EQ(plugin->GetMenusList(again), QV::kOk);
+    ASSERT_EQ(again.size(), menuCount - 1);
+    EXPECT_EQ(again.last(), nullptr);
+    EXPECT_NE(again.first(), nullptr);
 }
 
 } // namespace

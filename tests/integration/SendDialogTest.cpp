@@ -140,6 +140,8 @@ TEST_F(SendDialog, PoseOptionsFollowTheCharacterType)
         {"old", false, false, "qtTPoseRadioButton"},
         {"hero", false, true, "qtBindPoseRadioButton"},
         {"old", true, true, "qtBindPoseRadioButton"},
+        {"doll", false, false, "qtCurrentPoseRadioButton"},
+        {"hero", false, true, "qtBindPoseRadioButton"}, // the reused dialog gives the bind pose back
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(c.avatar);
@@ -152,6 +154,50 @@ TEST_F(SendDialog, PoseOptionsFollowTheCharacterType)
         auto* radio = m_pDialog->findChild<QRadioButton*>(QLatin1String(c.checked));
         ASSERT_NE(radio, nullptr);
         EXPECT_TRUE(radio->isChecked());
+    }
+}
+
+TEST_F(SendDialog, SkinBoxesFollowTheHostsAnswer)
+{
+    for (const bool supported : {false, true, false}) {
+        SCOPED_TRACE(supported);
+        m_pHost->Scene().State().m_bSkinSplitSupported = supported;
+        SetAvatar(QStringLiteral("hero"));
+        Pick({QStringLiteral("hero")});
+        Open();
+        for (QCheckBox* box : {m_pDialog->Ui().qtSkinHeadCheckBox, m_pDialog->Ui().qtSkinBodyCheckBox,
+                               m_pDialog->Ui().qtSkinArmCheckBox, m_pDialog->Ui().qtSkinLegCheckBox}) {
+            EXPECT_EQ(box->isEnabled(), supported) << box->objectName().toStdString();
+        }
+        EXPECT_TRUE(m_pDialog->Ui().qtEyewinkerCheckBox->isEnabled()) << "only the skin boxes follow";
+    }
+}
+
+TEST_F(SendDialog, CharacterHairAndTeethRowsHaveNoNote)
+{
+    // An earlier file under each name would give a prop the rename note.
+    for (const char* name : {"Hero_Teeth", "Hero_Hair", "Crate"}) {
+        WriteFile(Project() + QLatin1String(name) + QStringLiteral(".goz"), "earlier");
+    }
+    const struct
+    {
+        const char* id;
+        const char* note;
+    } cases[] = {
+        {"hero_teeth", ""},
+        {"hero_hair", ""},
+        {"crate", "[MVGoZBursh] It will auto rename."},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.id);
+        Pick({QLatin1String(c.id)});
+        Open();
+        ASSERT_EQ(Table()->rowCount(), 1);
+        EXPECT_EQ(Cell(0, 2), QLatin1String(c.note));
+        // The all-rows combo refills the table through the other path: to Relink and back.
+        m_pDialog->Ui().qtTemplateComboBox->setCurrentIndex(1);
+        m_pDialog->Ui().qtTemplateComboBox->setCurrentIndex(0);
+        EXPECT_EQ(Cell(0, 2), QLatin1String(c.note)) << "after the all-rows combo";
     }
 }
 

@@ -37,6 +37,7 @@ const QByteArray kSendScene = R"({
     {"id": "hero", "name": "Hero", "kind": 1, "node_type": 4, "avatar_type": 4, "character_tag": "Standard"},
     {"id": "hero_teeth", "name": "Hero_Teeth", "kind": 2, "node_type": 36, "parent": "hero"},
     {"id": "hero_brow", "name": "Hero_Brow", "kind": 2, "node_type": 49, "parent": "hero"},
+    {"id": "hero_hair", "name": "Hero_Hair", "kind": 2, "node_type": 35, "parent": "hero"},
     {"id": "lamp", "name": "Desk Lamp", "kind": 3, "lod_meshes": ["Desk Lamp_LOD1"]},
     {"id": "crate", "name": "Crate", "kind": 3},
     {"id": "box1", "name": "Box", "kind": 3},
@@ -46,6 +47,7 @@ const QByteArray kSendScene = R"({
     {"id": "idol", "name": "雕像", "kind": 3},
     {"id": "shelf", "name": "Shelf", "kind": 3, "node_type": 5},
     {"id": "old", "name": "Old Hero", "kind": 1, "node_type": 1, "avatar_type": 1},
+    {"id": "doll", "name": "Doll", "kind": 1, "node_type": 3, "avatar_type": 3},
     {"id": "long", "name": "A_very_long_mesh_name_that_goes_on_and_on_past_ninety_five_bytes_of_text_for_the_object_list_x", "kind": 3}
   ],
   "supported_character_tags": ["Standard"],

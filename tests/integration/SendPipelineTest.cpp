@@ -193,6 +193,37 @@ TEST_F(SendPipeline, ExpressionSendSavesThePoseUnderTheFirstFaceMeshName)
     EXPECT_TRUE(m_pDialog->PoseFilePath().isEmpty()) << "cleared after a successful send";
 }
 
+TEST_F(SendPipeline, ExportGetsThePoseTheDialogShows)
+{
+    const struct
+    {
+        const char* avatar;
+        const char* radio;
+        EGozPoseOption pose;
+    } cases[] = {
+        {"hero", "qtBindPoseRadioButton", EGozPoseOption::BindPose},
+        {"hero", "qtTPoseRadioButton", EGozPoseOption::TPose},
+        {"hero", "qtCurrentPoseRadioButton", EGozPoseOption::CurrentPose},
+        {"doll", "qtTPoseRadioButton", EGozPoseOption::CurrentPose}, // forced for this character type
+        {"", "qtTPoseRadioButton", EGozPoseOption::None},           // props alone carry no pose
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(std::string(c.avatar) + " " + c.radio);
+        const QString id = *c.avatar ? QLatin1String(c.avatar) : QStringLiteral("crate");
+        SetAvatar(QLatin1String(c.avatar));
+        Pick({id});
+        auto* radio = m_pDialog->findChild<QRadioButton*>(QLatin1String(c.radio));
+        ASSERT_NE(radio, nullptr);
+        radio->setChecked(true);
+        Open();
+        m_pHost->CallLog().Clear();
+        ASSERT_EQ(m_pDialog->OnGoZ(), QV::kOk);
+        const QList<Host::CCallRecord> exports = Calls("ExportGoZ");
+        ASSERT_EQ(exports.size(), 1);
+        EXPECT_EQ(exports[0].m_kArgs.value(4), QString::number(static_cast<int>(c.pose)));
+    }
+}
+
 // Failures stop at their step: the dialog stays open with its rows, and later files are not written.
 struct FailureCase
 {
