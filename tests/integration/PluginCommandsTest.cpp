@@ -209,19 +209,6 @@ INSTANTIATE_TEST_SUITE_P(
                          "goz/-"}),
     [](const ::testing::TestParamInfo<AvailabilityCase>& info) { return std::string(info.param.name); });
 
-TEST(PluginCommands, RefusedCharacterShowsItsMessageAndSendsNothing)
-{
-    // The action is still enabled from the earlier selection when its update fails: the
-    // command itself must refuse the character.
-    const QJsonObject report = RunSteps(R"([{"step": "select", "ids": ["k1"]},
-                                       {"step": "fail", "operation": "GetAvatarType", "code": "0x80000000", "nth": 1},
-                                       {"step": "select", "ids": ["legacy"]},
-                                       {"step": "trigger", "action": "qtGoZAction"}])");
-    EXPECT_EQ(Messages(report), QStringList{QStringLiteral("[MVGoZBursh] Unsupport Avatar")});
-    EXPECT_TRUE(report.value(QStringLiteral("dialog_dumps")).toArray().isEmpty());
-    EXPECT_FALSE(HasFile(report, QStringLiteral("C:/Users/Public/Pixologic/GoZApps/Figmora/GoZ_Config.txt")));
-}
-
 // Each way the bridge install fails has its message, and the send dialog stays closed.
 TEST(PluginCommands, BridgeInstallFailuresStopBeforeTheDialog)
 {
@@ -304,6 +291,34 @@ TEST(PluginCommands, GoZInstallsTheBridgeAndOpensTheDialog)
     EXPECT_TRUE(HasFile(report, QStringLiteral("C:/Users/Public/Pixologic/GoZApps/Figmora/GoZ_Config.txt")));
     ASSERT_EQ(report.value(QStringLiteral("dialog_dumps")).toArray().size(), 1);
     EXPECT_TRUE(report.value(QStringLiteral("ok")).toBool());
+}
+
+// What the GoZ command checks before it installs the bridge and opens the dialog.
+TEST(PluginCommands, CommandChecksTheSelectionFirst)
+{
+    const struct
+    {
+        const char* name;
+        const char* steps;
+        bool opens;
+        const char* message;
+    } cases[] = {
+        {"supported character", R"({"step": "select", "ids": ["hero"]})", true, nullptr},
+        {"refused character", R"({"step": "select", "ids": ["k1"]},
+                                 {"step": "fail", "operation": "GetAvatarType", "code": "0x80000000", "nth": 1},
+                                 {"step": "select", "ids": ["legacy"]})", false, "[MVGoZBursh] Unsupport Avatar"},
+        {"selection unreadable", R"({"step": "select", "ids": ["k1"]},
+                                    {"step": "fail", "operation": "GetSelectedObjects", "code": "0x80000000"})",
+         false, nullptr},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.name);
+        const QJsonObject report = RunSteps("[" + QByteArray(c.steps) + R"(, {"step": "trigger", "action": "qtGoZAction"},
+                                            {"step": "dump_dialog"}])");
+        EXPECT_EQ(Messages(report), c.message ? QStringList{QLatin1String(c.message)} : QStringList());
+        EXPECT_EQ(report.value(QStringLiteral("dialog_dumps")).toArray().size(), c.opens ? 1 : 0);
+        EXPECT_EQ(HasFile(report, QStringLiteral("C:/Users/Public/Pixologic/GoZApps/Figmora/GoZ_Config.txt")), c.opens);
+    }
 }
 
 TEST(PluginCommands, ReadyForCommandRefusalIsSilent)
