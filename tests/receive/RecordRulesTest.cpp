@@ -24,6 +24,7 @@ const QByteArray kRecordScene = R"({
     {"id": "rock_a", "name": "Rock A", "parent": "shelf", "object_type": 7},
     {"id": "table", "name": "Table", "kind": 2, "avatar_type": 3, "character": false, "meshes": ["rock_b"]},
     {"id": "rock_b", "name": "Rock B", "parent": "table", "object_type": 7},
+    {"id": "hero_teeth", "name": "Hero_Teeth", "parent": "hero", "node_type": 36, "meshes": []},
     {"id": "rock", "name": "Rock", "object_type": 7, "materials": 1, "texture_sizes": {"0": 2048, "2": 1024}},
     {"id": "pebble", "name": "Pebble", "parent": "shelf", "object_type": 7, "materials": 2},
     {"id": "crate", "name": "Crate", "object_type": 8, "materials": 1, "texture_sizes": {"0": 300, "2": 0}},
@@ -395,6 +396,18 @@ TEST_F(RecordRules, AFailingHostCallEndsTheBuildWithItsCode)
     ASSERT_EQ(m_pHost->SetFailure(QStringLiteral("GetObjectType"), QV::kOutOfMemory), QV::kOk);
     CZBrushToFMMeshInfoList records;
     EXPECT_EQ(Build({"Rock"}, records), QV::kOutOfMemory) << "a failure answered in place of the type";
+}
+
+TEST_F(RecordRules, TeethAreFoundOnlyWhereTheHostFindsThem)
+{
+    const CReceiveRecordBuilder builder(m_pHost.get());
+    const auto handle = [this](const char* id) { return m_pHost->Scene().HandleOf(QLatin1String(id)); };
+    EXPECT_EQ(builder.GetAvatarTeeth(handle("hero")), handle("hero_teeth"));
+    EXPECT_EQ(builder.GetAvatarTeeth(handle("shelf")), nullptr) << "no teeth";
+    EXPECT_EQ(builder.GetAvatarTeeth(nullptr), nullptr);
+    ASSERT_EQ(m_pHost->SetFailure(QStringLiteral("FindRelatedObjects"), QV::kOutOfRange), QV::kOk);
+    EXPECT_EQ(builder.GetAvatarTeeth(handle("hero")), nullptr) << "a failed search finds none";
+    m_pHost->ClearFailures();
 }
 
 TEST(ReceiveExpression, AReturnIsAnExpressionWhenARowWithTargetsNamesAMotion)
