@@ -15,9 +15,6 @@ namespace MV {
 
 namespace {
 
-// The texts belong to the expression dialog, whatever class shows them.
-constexpr char kTranslationContext[] = "MV::ExpressionZBrushToFMDlg";
-constexpr char kDisambiguation[] = "Expression goz";
 constexpr wchar_t kGoZSuffix[] = L".GoZ";
 
 std::wstring BaseNameOf(const std::wstring& path)
@@ -128,9 +125,12 @@ bool CExpressionMatcher::CheckAvatarMeshMatch(QV::CHandle* avatar, CZBrushToFMMe
         return true;
     }
     // The count never falls below 0, so the second text is never shown; both stay. Deliberate.
-    const char* text = matches != -1 ? "[MVGOZBursh] Expression GoZ: Please return all Mesh"
-                                     : "[MVGOZBursh] Expression GoZ: Please return Avatar Mesh";
-    ShowMessage(QCoreApplication::translate(kTranslationContext, text), parent);
+    // The texts belong to the expression dialog, whatever class shows them; lupdate needs the literals.
+    ShowMessage(matches != -1 ? QCoreApplication::translate("MV::ExpressionZBrushToFMDlg",
+                                                            "[MVGOZBursh] Expression GoZ: Please return all Mesh")
+                              : QCoreApplication::translate("MV::ExpressionZBrushToFMDlg",
+                                                            "[MVGOZBursh] Expression GoZ: Please return Avatar Mesh"),
+                parent);
     return false;
 }
 
@@ -215,16 +215,16 @@ QV::Result CExpressionMatcher::CheckReturn(QV::CHandle* avatar, CZBrushToFMMeshI
     }
     if (!editing) {
         verdict = EVerdict::NotInEditMode;
-        ShowMessage(QCoreApplication::translate(kTranslationContext,
+        ShowMessage(QCoreApplication::translate("MV::ExpressionZBrushToFMDlg",
                                                 "[MVGOZBursh] Expression GoZ: Not in Edit Expression Mode.",
-                                                kDisambiguation),
+                                                "Expression goz"),
                     parent);
         return QV::kNothingDone;
     }
     if (!expression) {
         verdict = EVerdict::NoExpressionGoZ;
-        ShowMessage(QCoreApplication::translate(kTranslationContext, "[MVGOZBursh] Expression GoZ: No Expression Goz.",
-                                                kDisambiguation),
+        ShowMessage(QCoreApplication::translate("MV::ExpressionZBrushToFMDlg",
+                                                "[MVGOZBursh] Expression GoZ: No Expression Goz.", "Expression goz"),
                     parent);
         return QV::kNothingDone;
     }

@@ -38,7 +38,9 @@ QV::Result ExpressionZBrushToFMDlg::Initialize(const QString& pluginFolder, cons
     connect(m_kUi.qtImportButton, &QPushButton::clicked, this, [this]() {
         const QV::Result imported = ImportGoZMesh();
         if (QV::Failed(imported)) {
-            qDebug().noquote() << "Expression import failed:" << QString::number(imported, 16);
+            // As the 32-bit code it is: a negative int in base 16 would come out sign-extended to 64 bits.
+            qDebug().noquote() << "Expression import failed: 0x" +
+                                      QString::number(static_cast<quint32>(imported), 16).rightJustified(8, QLatin1Char('0'));
         }
     });
     connect(m_kUi.qtCancelButton, &QPushButton::clicked, this, &QDialog::hide);

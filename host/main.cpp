@@ -1,6 +1,8 @@
 #include "CBackstopWatchdog.h"
 #include "CCommandLine.h"
 #include "CDemoNarrator.h"
+#include "CGuiSession.h"
+#include "CHostWindow.h"
 #include "CPrivateRuntimeFolder.h"
 #include "CReport.h"
 #include "CRunSession.h"
@@ -65,6 +67,7 @@ int Run(const CHostCommand& command)
     options.m_strPlugin = command.m_strPlugin;
     options.m_strWorkFolder = command.m_strWorkFolder;
     options.m_bInstallZBrush = !command.m_bNoZBrush;
+    options.m_strLanguage = command.m_strLanguage;
 
     CReport report;
     QV::Result result = QV::kOk;
@@ -93,12 +96,56 @@ int Run(const CHostCommand& command)
     return QV::Succeeded(result) ? CCommandLine::kExitOk : CCommandLine::kExitFailed;
 }
 
+// The host as a window over the scene, until the user closes it.
+int Gui(const CHostCommand& command)
+{
+    QByteArray scene = CHostWindow::DefaultScene();
+    QString sceneName = CHostWindow::DefaultSceneName();
+    QString error;
+    if (!command.m_strScene.isEmpty()) {
+        if (!ReadFile(command.m_strScene, scene, error)) {
+            return Fail(error, CCommandLine::kExitBadArguments);
+        }
+        sceneName = QFileInfo(command.m_strScene).fileName();
+    }
+    CGuiSession session;
+    if (QV::Failed(session.Prepare(scene, error))) {
+        return Fail(error, CCommandLine::kExitBadArguments);
+    }
+    CGuiOptions options;
+    options.m_strPlugin = command.m_strPlugin.isEmpty()
+                              ? CCommandLine::DefaultPluginPath(QCoreApplication::applicationDirPath())
+                              : command.m_strPlugin;
+    options.m_strWorkFolder = command.m_strWorkFolder;
+    if (QV::Failed(session.Start(options, error))) {
+        return Fail(error, CCommandLine::kExitFailed);
+    }
+    int code = 0;
+    {
+        CHostWindow window(session);
+        window.SetSceneName(sceneName);
+        window.Show();
+        code = QApplication::exec();
+    }
+    session.Stop();
+    for (const QString& problem : session.Problems()) {
+        QTextStream(stderr) << "mvgoz-host: " << problem << '\n';
+    }
+    return code == 0 ? CCommandLine::kExitOk : CCommandLine::kExitFailed;
+}
+
 } // namespace
 
 int main(int argc, char** argv)
 {
-    // Headless by default: the host never shows its windows.
-    if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM")) {
+    // Headless by default: only gui shows the host's window.
+    const bool gui = argc > 1 && qstrcmp(argv[1], "gui") == 0;
+    if (gui && qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM") && qEnvironmentVariableIsEmpty("DISPLAY") &&
+        qEnvironmentVariableIsEmpty("WAYLAND_DISPLAY")) {
+        return Fail(QStringLiteral("gui needs a display: set DISPLAY (or run it under xvfb-run -a)"),
+                    CCommandLine::kExitBadArguments);
+    }
+    if (!gui && qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM")) {
         qputenv("QT_QPA_PLATFORM", "offscreen");
     }
     // Qt would take "--plugin" as its own option: the application sees only the program name.
@@ -122,5 +169,5 @@ int main(int argc, char** argv)
         QTextStream(stdout) << CCommandLine::Usage();
         return CCommandLine::kExitOk;
     }
-    return Run(command);
+    return command.m_eKind == CHostCommand::EKind::Gui ? Gui(command) : Run(command);
 }

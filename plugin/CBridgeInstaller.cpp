@@ -100,8 +100,9 @@ bool CBridgeInstaller::InstallConfig(const QString& source, const QString& targe
     if (!out.open(QIODevice::WriteOnly)) {
         return false;
     }
-    out.write(RewriteConfig(bytes, PathLine(currentDirectory)));
-    return out.commit();
+    const QByteArray rewritten = RewriteConfig(bytes, PathLine(currentDirectory));
+    // commit() overlooks a write error of its own final flush and would put a cut file in place.
+    return out.write(rewritten) == rewritten.size() && out.flush() && out.commit();
 }
 
 QByteArray CBridgeInstaller::RewriteConfig(const QByteArray& bytes, const QByteArray& pathLine)

@@ -70,6 +70,8 @@ QV::Result CGoZBrushPlugin::Initialize(const QString& pluginFolder, const QStrin
     if (QV::Failed(result)) {
         return result;
     }
+    // Forms and texts are translated as they load: the translation must be there first.
+    m_kTranslator.Install(host->Ui() != nullptr ? host->Ui()->GetLanguage() : QString());
     m_kWidgetBuilder.SetFormPath(QStringLiteral(":/plugin/MVGoZBrush/MVGoZPlugin.ui"));
     m_kWidgetBuilder.SetSecondPath(secondPath);
     result = m_kWidgetBuilder.InitToolbarAndMenuUi(&m_kUi, m_kToolBars, m_kMenus, host);
@@ -133,6 +135,7 @@ QV::Result CGoZBrushPlugin::Initialize(const QString& pluginFolder, const QStrin
 
 QV::Result CGoZBrushPlugin::Finalize()
 {
+    m_kTranslator.Remove();
     return QV::kNothingDone;
 }
 

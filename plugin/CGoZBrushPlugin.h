@@ -2,6 +2,7 @@
 
 #include "CAbstractPlugin.h"
 #include "CGoZPluginUiComponent.h"
+#include "CPluginTranslator.h"
 
 #include <QMetaObject>
 #include <QPointer>
@@ -60,6 +61,8 @@ private:
     void SetActionsEnabled(bool goz, bool expression);
 
     CGoZPluginUiComponent m_kUi;
+    // Installed before any form or text is loaded, removed on Finalize.
+    CPluginTranslator m_kTranslator;
     // The host's main window owns the dialogs and may destroy them first.
     QPointer<ZBrushToFMDlg> m_pReceiveDialog;
     QPointer<ExpressionZBrushToFMDlg> m_pExpressionDialog;

@@ -243,7 +243,8 @@ QComboBox* ZBrushToFMDlg::MakeTextureSizeComboBox(int row, const CZBrushToFMMesh
     QStringList names;
     names.reserve(record.m_kTextureSizes.GetCount());
     for (std::int32_t size : record.m_kTextureSizes) {
-        names << ToQString(GetTextureOptionName(size));
+        // The sizes are numbers; only the "Custom" entry is a word to translate. Rows are read back by index.
+        names << (size == kCustomTextureSize ? tr("Custom") : ToQString(GetTextureOptionName(size)));
     }
     auto* combo = new CCellComboBox(m_kUi.qtFMGoZBackFromZBrushTableWidget);
     combo->addItems(names);

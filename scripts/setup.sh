@@ -11,7 +11,9 @@ PACKAGES=(
     qtbase5-dev qttools5-dev qttools5-dev-tools
     libgtest-dev libgmock-dev libbenchmark-dev
     fonts-dejavu-core
+    xvfb
     g++-mingw-w64-x86-64-posix wine wine64
+    clang  # scripts/fuzz.sh: libFuzzer (the tests replay its inputs without it)
 )
 
 missing=()

@@ -70,6 +70,7 @@ bool CFMToZBrushMeshInfo::IsCheckable() const
 
 namespace {
 
+// The texts are marked with QT_TRANSLATE_NOOP where they stand so that lupdate finds them.
 std::wstring Translate(const char* text)
 {
     return QCoreApplication::translate("MV::FMToZBrushDlg", text).toStdWString();
@@ -80,9 +81,9 @@ std::wstring Translate(const char* text)
 const std::vector<std::wstring>& GozExportActionTexts()
 {
     static const std::vector<std::wstring> texts = {
-        Translate("[MVGoZBursh] Create"),
-        Translate("[MVGoZBursh] Relink"),
-        Translate("[MVGoZBursh] Skip"),
+        Translate(QT_TRANSLATE_NOOP("MV::FMToZBrushDlg", "[MVGoZBursh] Create")),
+        Translate(QT_TRANSLATE_NOOP("MV::FMToZBrushDlg", "[MVGoZBursh] Relink")),
+        Translate(QT_TRANSLATE_NOOP("MV::FMToZBrushDlg", "[MVGoZBursh] Skip")),
     };
     return texts;
 }
@@ -91,10 +92,13 @@ const std::vector<std::wstring>& GozExportActionInfoTexts()
 {
     static const std::vector<std::wstring> texts = {
         std::wstring(),
-        Translate("[MVGoZBursh] It will auto rename."),
-        Translate("[MVGoZBursh] This content has some name mesh. It will auto rename."),
-        Translate("[MVGoZBursh] Mesh contain polygon that side of numbers more than 4, goz does not support."),
-        Translate("[MVGoZBursh] Mesh name has characters that GoZ can not carry. Rename the mesh to send it."),
+        Translate(QT_TRANSLATE_NOOP("MV::FMToZBrushDlg", "[MVGoZBursh] It will auto rename.")),
+        Translate(QT_TRANSLATE_NOOP("MV::FMToZBrushDlg",
+                                    "[MVGoZBursh] This content has some name mesh. It will auto rename.")),
+        Translate(QT_TRANSLATE_NOOP("MV::FMToZBrushDlg",
+                                    "[MVGoZBursh] Mesh contain polygon that side of numbers more than 4, goz does not support.")),
+        Translate(QT_TRANSLATE_NOOP("MV::FMToZBrushDlg",
+                                    "[MVGoZBursh] Mesh name has characters that GoZ can not carry. Rename the mesh to send it.")),
     };
     return texts;
 }

@@ -438,7 +438,10 @@ void CGoZSendPipeline::WriteExchangeFileSteps(QV::Result& result, const QV::CArr
 
     QSaveFile application(m_strPixologicRoot + QLatin1String(GoZPaths::kApplicationFile));
     application.setDirectWriteFallback(true); // a folder we may not create files in
-    if (!application.open(QIODevice::WriteOnly) || application.write("Figmora", 7) != 7 || !application.commit()) {
+    // commit() overlooks a write error of its own final flush and would put a cut file in
+    // place: the flush is made and checked first, here and for the object list.
+    if (!application.open(QIODevice::WriteOnly) || application.write("Figmora", 7) != 7 || !application.flush() ||
+        !application.commit()) {
         qDebug() << "Can't open application txt ...\n";
         result = QV::kFail;
         return;
@@ -457,7 +460,7 @@ void CGoZSendPipeline::WriteExchangeFileSteps(QV::Result& result, const QV::CArr
         const std::string line = projectFolder + Platform::WideToNarrow(name) + "\n";
         objectList.write(line.data(), static_cast<qint64>(line.size()));
     }
-    if (!objectList.commit()) {
+    if (!objectList.flush() || !objectList.commit()) {
         qDebug().noquote() << "open object list " + listPath + " fail...";
         result = QV::kFail;
         return;

@@ -231,8 +231,9 @@ QByteArray CGoZStandInFile::Write() const
 bool CGoZStandInFile::Parse(const QByteArray& bytes, CGoZStandInFile& file, QString& error)
 {
     QList<QByteArray> lines = bytes.split('\n');
+    // Every CR before the LF goes: a value ending in one would not survive being written back.
     for (QByteArray& line : lines) {
-        if (line.endsWith('\r')) {
+        while (line.endsWith('\r')) {
             line.chop(1);
         }
     }
@@ -257,7 +258,10 @@ bool CGoZStandInFile::Parse(const QByteArray& bytes, CGoZStandInFile& file, QStr
         if (eq <= 0) {
             return fail(QStringLiteral("expected key=value"));
         }
-        parsed.m_kKeys.append(qMakePair(QString::fromUtf8(line.left(eq)), QString::fromUtf8(line.mid(eq + 1))));
+        // With explicit sizes: converting a QByteArray stops at its first NUL byte, which cut a
+        // key down to nothing and wrote a file that no longer read back.
+        parsed.m_kKeys.append(qMakePair(QString::fromUtf8(line.constData(), eq),
+                                        QString::fromUtf8(line.constData() + eq + 1, line.size() - eq - 1)));
     }
     int vertexCount = 0;
     if (at >= lines.size()) {

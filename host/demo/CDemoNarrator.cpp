@@ -1,5 +1,9 @@
 #include "CDemoNarrator.h"
 
+#include "CDumpedTable.h"
+#include "CRoundTripStory.h"
+#include "DemoJson.h"
+
 #include <QJsonArray>
 #include <QList>
 #include <QMap>
@@ -7,34 +11,16 @@
 #include <QStringList>
 
 #include <algorithm>
+#include <limits>
 
 namespace MV {
 namespace Host {
 
 namespace {
 
-const QString kPixologic = QStringLiteral("C:/Users/Public/Pixologic/");
-const QString kProjectFolder = kPixologic + QStringLiteral("GoZProjects/Default/");
+using namespace DemoJson;
 
-QString Quoted(const QString& text)
-{
-    return QStringLiteral("\"") + text + QStringLiteral("\"");
-}
-
-QJsonArray Array(const QJsonObject& object, const char* key)
-{
-    return object.value(QLatin1String(key)).toArray();
-}
-
-QString Text(const QJsonObject& object, const char* key)
-{
-    return object.value(QLatin1String(key)).toString();
-}
-
-QString FileName(const QString& path)
-{
-    return path.mid(path.lastIndexOf(QLatin1Char('/')) + 1);
-}
+const QString kReturnLauncher = QStringLiteral("GoZBrushToFM.exe");
 
 QString ActionLabel(const QJsonObject& action)
 {
@@ -69,23 +55,15 @@ QString PathList(const QStringList& paths)
     return names.join(QStringLiteral(", ")) + QStringLiteral(" (in %1)").arg(kProjectFolder);
 }
 
-QStringList Strings(const QJsonArray& array)
-{
-    QStringList items;
-    for (const QJsonValue& item : array) {
-        items << item.toString();
-    }
-    return items;
-}
-
 // A press of a dialog button by the script, with the steps that led up to it and what the
 // plug-in did while it was pressed.
 struct CPress
 {
     QJsonObject m_kStep;
     int m_iFirstStep = 0; // steps from here up to the press belong to it
-    int m_iSend = 0;      // 1, 2, ... for presses that had the host write files; else 0
-    QJsonArray m_kWrites; // {"path", "replaced", "object"}
+    int m_iSend = 0;      // 1, 2, ... for presses that had the host export meshes; else 0
+    bool m_bExported = false;
+    QJsonArray m_kWrites; // {"path", "replaced", "object", "operation"}
     QStringList m_kMessages;
     QJsonArray m_kProcesses;
 
@@ -140,9 +118,13 @@ void GatherCalls(const QJsonObject& report, CStory& story)
         if (press < 0) {
             continue;
         }
+        if (operation == QLatin1String("ExportGoZ")) {
+            story.m_kPresses[press].m_bExported = true;
+        }
         for (const QJsonValue& write : Array(call, "wrote")) {
             QJsonObject entry = write.toObject();
             entry.insert(QStringLiteral("object"), Array(call, "args").at(0).toString());
+            entry.insert(QStringLiteral("operation"), operation);
             story.m_kPresses[press].m_kWrites.append(entry);
         }
     }
@@ -159,7 +141,8 @@ void GatherCalls(const QJsonObject& report, CStory& story)
     }
     int send = 0;
     for (CPress& press : story.m_kPresses) {
-        press.m_iSend = press.m_kWrites.isEmpty() ? 0 : ++send;
+        // An import writes the avatar's motion aside; only presses that exported are sends.
+        press.m_iSend = press.m_bExported ? ++send : 0;
     }
 }
 
@@ -188,8 +171,16 @@ void GatherProcesses(const QJsonObject& report, CStory& story)
             }
         }
     }
+    // A send that ZBrush answers is waited for through its return; its programs carry the
+    // step that started them.
     for (int i = 0; i < processes.size(); ++i) {
-        if (!told.at(i)) {
+        if (told.at(i)) {
+            continue;
+        }
+        const int started = PressAt(story.m_kPresses, processes.at(i).toObject().value(QStringLiteral("step")).toInt(-1));
+        if (started >= 0) {
+            story.m_kPresses[started].m_kProcesses.append(processes.at(i));
+        } else {
             story.m_kOtherProcesses.append(processes.at(i));
         }
     }
@@ -253,66 +244,19 @@ void TellSnapshots(const QJsonObject& report, QStringList& out)
     }
 }
 
-QString CellText(const QJsonValue& cell)
-{
-    if (cell.isString()) {
-        return cell.toString();
-    }
-    if (!cell.isObject()) {
-        return QString();
-    }
-    const QJsonObject widget = cell.toObject();
-    QString text = Text(widget, "text");
-    if (!widget.value(QStringLiteral("enabled")).toBool(true)) {
-        return text + QStringLiteral(" (fixed)");
-    }
-    QStringList others = Strings(Array(widget, "items"));
-    others.removeAll(text);
-    if (!others.isEmpty()) {
-        text += QStringLiteral(" (or %1)").arg(others.join(QStringLiteral(", ")));
-    }
-    return text;
-}
-
-void TellTable(const QJsonObject& table, QStringList& out)
-{
-    QList<QStringList> rows;
-    const QStringList headers = Strings(Array(table, "headers"));
-    if (!headers.isEmpty()) {
-        rows << headers;
-    }
-    for (const QJsonValue& row : Array(table, "cells")) {
-        QStringList cells;
-        for (const QJsonValue& cell : row.toArray()) {
-            cells << CellText(cell);
-        }
-        rows << cells;
-    }
-    QVector<int> widths;
-    for (const QStringList& row : rows) {
-        for (int column = 0; column < row.size(); ++column) {
-            if (widths.size() <= column) {
-                widths.append(0);
-            }
-            widths[column] = std::max(widths.at(column), static_cast<int>(row.at(column).size()));
-        }
-    }
-    out << QStringLiteral("    Table %1, %2 row(s):").arg(Text(table, "name")).arg(table.value(QStringLiteral("rows")).toInt());
-    for (const QStringList& row : rows) {
-        QStringList padded;
-        for (int column = 0; column < row.size(); ++column) {
-            padded << row.at(column).leftJustified(column + 1 < row.size() ? widths.at(column) : 0);
-        }
-        out << QStringLiteral("      ") + padded.join(QStringLiteral(" | ")).trimmed();
-    }
-}
-
-void TellDump(const QJsonObject& dump, QStringList& out)
+void TellDump(const QJsonObject& dump, const QString& comment, QMap<QString, CDumpedTable>& tables, QStringList& out)
 {
     const QString title = Text(dump, "title");
-    out << QStringLiteral("  Dialog %1%2 at step %3:")
-               .arg(Quoted(Text(dump, "dialog")), title.isEmpty() ? QString() : QStringLiteral(" (") + title + QStringLiteral(")"))
-               .arg(dump.value(QStringLiteral("step")).toInt());
+    const QString heading = QStringLiteral("  Dialog %1%2 at step %3")
+                                .arg(Quoted(Text(dump, "dialog")),
+                                     title.isEmpty() ? QString() : QStringLiteral(" (") + title + QStringLiteral(")"))
+                                .arg(dump.value(QStringLiteral("step")).toInt());
+    const QString why = comment.isEmpty() ? QString() : QStringLiteral(" (") + comment + QStringLiteral(")");
+    if (!dump.value(QStringLiteral("visible")).toBool(true)) {
+        out << heading + QStringLiteral(" is hidden") + why + QStringLiteral(".");
+        return;
+    }
+    out << heading + why + QStringLiteral(":");
     QStringList disabledGroups;
     QStringList checked;
     int unchecked = 0;
@@ -329,7 +273,9 @@ void TellDump(const QJsonObject& dump, QStringList& out)
         const bool enabled = widget.value(QStringLiteral("enabled")).toBool();
         const QString state = enabled ? QString() : QStringLiteral(" (disabled)");
         if (widget.contains(QStringLiteral("cells"))) {
-            TellTable(widget, out);
+            const CDumpedTable table = CDumpedTable::FromDialogDump(widget);
+            table.Tell(out);
+            tables.insert(table.Name(), table);
         } else if (widget.contains(QStringLiteral("current_text"))) {
             QStringList hidden;
             const QStringList items = Strings(Array(widget, "items"));
@@ -399,33 +345,137 @@ QJsonObject DumpedWidget(const QJsonObject& dump, const QString& name)
     return QJsonObject();
 }
 
-QString TellChoice(const QJsonObject& report, const QJsonObject& step)
+// The table as the story last showed it, else as the latest dialog dump before step held it.
+CDumpedTable KnownTable(const QJsonObject& report, const QMap<QString, CDumpedTable>& tables, const QString& name, int step)
+{
+    if (tables.contains(name)) {
+        return tables.value(name);
+    }
+    return CDumpedTable::FromDialogDump(DumpedWidget(DumpBefore(report, step), name));
+}
+
+QString TellChoice(const QJsonObject& report, const QJsonObject& step, const QMap<QString, CDumpedTable>& tables)
 {
     const int index = step.value(QStringLiteral("index")).toInt();
     const QString name = Text(step, "step");
     const QJsonObject detail = step.value(QStringLiteral("detail")).toObject();
-    const QJsonObject dump = DumpBefore(report, index);
-    if (name == QLatin1String("table_combo_choose")) {
+    const QString comment = Text(step, "comment");
+    const QString end = comment.isEmpty() ? QStringLiteral(".") : QStringLiteral(": ") + comment + QStringLiteral(".");
+    if (name == QLatin1String("table_combo_choose") || name == QLatin1String("table_set_checked")) {
         const int row = detail.value(QStringLiteral("row")).toInt();
-        const QString mesh = Array(DumpedWidget(dump, Text(detail, "table")), "cells").at(row).toArray().at(0).toString();
-        return QStringLiteral("  At step %1 the demo chose %2 in row %3%4.")
-            .arg(index)
-            .arg(Quoted(Text(detail, "text")))
-            .arg(row)
-            .arg(mesh.isEmpty() ? QString() : QStringLiteral(" (") + mesh + QStringLiteral(")"));
+        const CDumpedTable table = KnownTable(report, tables, Text(detail, "table"), index);
+        const QString mesh = table.RowName(row);
+        const QString where = QStringLiteral("row %1%2")
+                                  .arg(row)
+                                  .arg(mesh.isEmpty() ? QString() : QStringLiteral(" (") + mesh + QStringLiteral(")"));
+        if (name == QLatin1String("table_set_checked")) {
+            const int column = detail.value(QStringLiteral("column")).toInt();
+            return QStringLiteral("  At step %1 the demo %2 the %3 box in %4%5")
+                .arg(index)
+                .arg(detail.value(QStringLiteral("checked")).toBool() ? QStringLiteral("checked") : QStringLiteral("unchecked"),
+                     Quoted(table.Header(column)), where, end);
+        }
+        return QStringLiteral("  At step %1 the demo chose %2 in %3%4").arg(index).arg(Quoted(Text(detail, "text")), where, end);
     }
     if (name == QLatin1String("set_combo_index")) {
         const int item = detail.value(QStringLiteral("index")).toInt();
-        const QString text = Array(DumpedWidget(dump, Text(detail, "widget")), "items").at(item).toString();
-        return QStringLiteral("  At step %1 the demo chose item %2%3 of %4.")
+        const QString text = Array(DumpedWidget(DumpBefore(report, index), Text(detail, "widget")), "items").at(item).toString();
+        return QStringLiteral("  At step %1 the demo chose item %2%3 of %4%5")
             .arg(index)
             .arg(item)
-            .arg(text.isEmpty() ? QString() : QStringLiteral(" (") + Quoted(text) + QStringLiteral(")"), Text(detail, "widget"));
+            .arg(text.isEmpty() ? QString() : QStringLiteral(" (") + Quoted(text) + QStringLiteral(")"), Text(detail, "widget"), end);
     }
-    return QStringLiteral("  At step %1 the demo %2 %3.")
+    return QStringLiteral("  At step %1 the demo %2 %3%4")
         .arg(index)
         .arg(detail.value(QStringLiteral("checked")).toBool() ? QStringLiteral("checked") : QStringLiteral("unchecked"),
-             Text(detail, "widget"));
+             Text(detail, "widget"), end);
+}
+
+QString ObjectName(const QJsonObject& report, const QString& id)
+{
+    for (const QJsonValue& object : Array(report, "scene")) {
+        if (Text(object.toObject(), "id") == id) {
+            return Text(object.toObject(), "name");
+        }
+    }
+    return id;
+}
+
+// The steps up to a press, in step order: what the demo saw, chose and set up before it.
+void TellStepsBefore(const QJsonObject& report, const CPress& press, QStringList& out)
+{
+    static const QSet<QString> kChoices = {QStringLiteral("table_combo_choose"), QStringLiteral("set_combo_index"),
+                                           QStringLiteral("set_checked"), QStringLiteral("table_set_checked")};
+    // Host-state steps carry no detail; the story tells them by their comment when they have one.
+    static const QSet<QString> kHostSteps = {QStringLiteral("select"), QStringLiteral("pick"),
+                                             QStringLiteral("set_current_avatar"), QStringLiteral("set_playing"),
+                                             QStringLiteral("set_expression_editing"),
+                                             QStringLiteral("set_blend_shape_editing"), QStringLiteral("raise_data_changed"),
+                                             QStringLiteral("raise_expression_goz"), QStringLiteral("raise_load_expression_motion")};
+    QMap<QString, CDumpedTable> tables;
+    for (const QJsonValue& value : Array(report, "steps")) {
+        const QJsonObject step = value.toObject();
+        const int index = step.value(QStringLiteral("index")).toInt();
+        if (index < press.m_iFirstStep || index >= press.Index()) {
+            continue;
+        }
+        const QString name = Text(step, "step");
+        const bool ok = Text(step, "status") == QLatin1String("ok");
+        const QJsonObject detail = step.value(QStringLiteral("detail")).toObject();
+        if (name == QLatin1String("dump_dialog")) {
+            for (const QJsonValue& dump : Array(report, "dialog_dumps")) {
+                if (dump.toObject().value(QStringLiteral("step")).toInt() == index) {
+                    TellDump(dump.toObject(), Text(step, "comment"), tables, out);
+                }
+            }
+        } else if (name == QLatin1String("dump_table")) {
+            for (const QJsonValue& dump : Array(report, "table_dumps")) {
+                if (dump.toObject().value(QStringLiteral("step")).toInt() != index) {
+                    continue;
+                }
+                const CDumpedTable table = CDumpedTable::FromTableDump(dump.toObject());
+                if (tables.contains(table.Name())) {
+                    table.TellChangeFrom(tables.value(table.Name()), out);
+                } else {
+                    out << QStringLiteral("  At step %1:").arg(index);
+                    table.Tell(out);
+                }
+                tables.insert(table.Name(), table);
+            }
+        } else if (kChoices.contains(name) && ok) {
+            out << TellChoice(report, step, tables);
+        } else if (name == QLatin1String("set_zbrush_return") && ok) {
+            out << QStringLiteral("  At step %1 the demo told ZBrush (the stand-in) what to send back from now on: %2.")
+                       .arg(index)
+                       .arg(CRoundTripStory::ReturnSettingsText(detail.value(QStringLiteral("settings"))));
+        } else if (name == QLatin1String("wait_goz_return") && ok) {
+            out << QStringLiteral("  At step %1 ZBrush's return came in: the return launcher told the host that %2 came "
+                                  "back for the send at step %3, and the host raised GoZDataUpdated.")
+                       .arg(index)
+                       .arg(Strings(Array(detail, "object_list")).join(QStringLiteral(", ")))
+                       .arg(detail.value(QStringLiteral("send_step")).toInt());
+        } else if (name == QLatin1String("trigger") && ok) {
+            // Opening a dialog goes without saying; a command that selects first is told.
+            const QList<QJsonObject> selects = CallsOfStep(report, index, {QStringLiteral("SelectObjects")});
+            if (selects.isEmpty()) {
+                continue;
+            }
+            QString ids = Array(selects.last(), "args").at(0).toString();
+            ids = ids.mid(1, ids.size() - 2);
+            QStringList names;
+            for (const QString& id : ids.split(QStringLiteral(", "), Qt::SkipEmptyParts)) {
+                names << ObjectName(report, id);
+            }
+            // The report keeps no action name: the step's comment names the command.
+            const QString comment = Text(step, "comment");
+            out << QStringLiteral("  At step %1 the demo triggered %2; the plug-in selected %3.")
+                       .arg(index)
+                       .arg(comment.isEmpty() ? QStringLiteral("a command") : comment,
+                            names.isEmpty() ? QStringLiteral("nothing") : JoinQuoted(names));
+        } else if (kHostSteps.contains(name) && ok && !Text(step, "comment").isEmpty()) {
+            out << QStringLiteral("  At step %1: %2.").arg(index).arg(Text(step, "comment"));
+        }
+    }
 }
 
 void TellWrites(const CPress& press, QMap<QString, int>& writtenBy, QStringList& out)
@@ -454,13 +504,26 @@ void TellWrites(const CPress& press, QMap<QString, int>& writtenBy, QStringList&
         } else {
             what = QStringLiteral("new");
         }
+        const QString operation = Text(write, "operation");
+        const bool motion = operation == QLatin1String("SaveMotionFile") || operation == QLatin1String("SaveAvatarMotion");
         const QString shown = inProject ? path.mid(kProjectFolder.size()) : path;
-        out << QStringLiteral("    - %1 (object %2): %3").arg(shown, Text(write, "object"), what);
+        out << QStringLiteral("    - %1 (object %2%3): %4")
+                   .arg(shown, Text(write, "object"), motion ? QStringLiteral(", its pose") : QString(), what);
         writtenNow.insert(path, press.m_iSend);
+    }
+    if (press.m_iSend == 0) {
+        return;
     }
     for (auto it = writtenNow.cbegin(); it != writtenNow.cend(); ++it) {
         writtenBy.insert(it.key(), it.value());
     }
+}
+
+bool PlayedReturn(const CPress& press)
+{
+    return std::any_of(press.m_kProcesses.begin(), press.m_kProcesses.end(), [](const QJsonValue& process) {
+        return process.toObject().contains(QStringLiteral("return"));
+    });
 }
 
 // Detached programs log in whatever order they happen to start; the story tells them in
@@ -474,9 +537,13 @@ int StartRank(const QString& program)
 
 void TellStarts(const CPress& press, QStringList& out)
 {
+    // The return launcher is ZBrush's, not the plug-in's: it is told with the return.
+    const bool returned = PlayedReturn(press);
     QVector<QJsonObject> processes;
     for (const QJsonValue& value : press.m_kProcesses) {
-        processes.append(value.toObject());
+        if (!(returned && Text(value.toObject(), "program") == kReturnLauncher)) {
+            processes.append(value.toObject());
+        }
     }
     std::stable_sort(processes.begin(), processes.end(), [](const QJsonObject& a, const QJsonObject& b) {
         const QString left = Text(a, "program");
@@ -508,7 +575,8 @@ void TellStarts(const CPress& press, QStringList& out)
     }
 }
 
-void TellPress(const QJsonObject& report, const CPress& press, QMap<QString, int>& writtenBy, QStringList& out)
+void TellPress(const QJsonObject& report, const CPress& press, int nextPress, QMap<QString, int>& writtenBy,
+               QStringList& out)
 {
     const int index = press.Index();
     const QJsonObject detail = press.m_kStep.value(QStringLiteral("detail")).toObject();
@@ -517,22 +585,7 @@ void TellPress(const QJsonObject& report, const CPress& press, QMap<QString, int
     const QString comment = Text(press.m_kStep, "comment");
     out << QString() << title + (comment.isEmpty() ? QStringLiteral(":") : QStringLiteral(": ") + comment);
 
-    for (const QJsonValue& dump : Array(report, "dialog_dumps")) {
-        const int step = dump.toObject().value(QStringLiteral("step")).toInt();
-        if (step >= press.m_iFirstStep && step < index) {
-            TellDump(dump.toObject(), out);
-        }
-    }
-    static const QSet<QString> kChoices = {QStringLiteral("table_combo_choose"), QStringLiteral("set_combo_index"),
-                                           QStringLiteral("set_checked")};
-    for (const QJsonValue& value : Array(report, "steps")) {
-        const QJsonObject step = value.toObject();
-        const int stepIndex = step.value(QStringLiteral("index")).toInt();
-        if (stepIndex >= press.m_iFirstStep && stepIndex < index && kChoices.contains(Text(step, "step")) &&
-            Text(step, "status") == QLatin1String("ok")) {
-            out << TellChoice(report, step);
-        }
-    }
+    TellStepsBefore(report, press, out);
     out << QStringLiteral("  At step %1 the demo pressed %2 in %3.").arg(index).arg(Text(detail, "clicked"), Quoted(Text(detail, "dialog")));
     for (const QString& message : press.m_kMessages) {
         out << QStringLiteral("  The plug-in showed the message %1.").arg(Quoted(message));
@@ -540,6 +593,24 @@ void TellPress(const QJsonObject& report, const CPress& press, QMap<QString, int
 
     TellWrites(press, writtenBy, out);
     TellStarts(press, out);
+    CRoundTripStory::TellReturn(press.m_kProcesses, out);
+    CRoundTripStory::TellLoads(report, index, out);
+    if (press.m_iSend == 0) {
+        CRoundTripStory::TellSceneChange(report, index, nextPress, out);
+    }
+}
+
+// Returned GoZ files, by path: what ZBrush (the stand-in) wrote into the project folder.
+QSet<QString> ReturnedFiles(const QJsonObject& report)
+{
+    QSet<QString> paths;
+    for (const QJsonValue& process : Array(report, "processes")) {
+        const QJsonObject played = process.toObject().value(QStringLiteral("return")).toObject();
+        for (const QJsonValue& file : Array(played, "files")) {
+            paths.insert(kProjectFolder + Text(file.toObject(), "name") + QStringLiteral(".GoZ"));
+        }
+    }
+    return paths;
 }
 
 void TellFiles(const QJsonObject& report, const QString& folder, const QString& title,
@@ -547,6 +618,8 @@ void TellFiles(const QJsonObject& report, const QString& folder, const QString& 
 {
     QStringList lines;
     QMap<int, QStringList> bySend;
+    QStringList returned;
+    const QSet<QString> returnedPaths = ReturnedFiles(report);
     for (const QJsonValue& value : Array(report, "files")) {
         const QJsonObject file = value.toObject();
         const QString path = Text(file, "path");
@@ -555,6 +628,10 @@ void TellFiles(const QJsonObject& report, const QString& folder, const QString& 
         }
         if (writtenBy.contains(path)) {
             bySend[writtenBy.value(path)] << FileName(path);
+            continue;
+        }
+        if (returnedPaths.contains(path)) {
+            returned << FileName(path);
             continue;
         }
         QString line = QStringLiteral("  - %1 (%2 bytes)").arg(path).arg(file.value(QStringLiteral("size")).toInt());
@@ -579,6 +656,9 @@ void TellFiles(const QJsonObject& report, const QString& folder, const QString& 
     }
     for (auto it = bySend.cbegin(); it != bySend.cend(); ++it) {
         lines << QStringLiteral("  - from send %1: %2 (in %3)").arg(it.key()).arg(it.value().join(QStringLiteral(", ")), folder);
+    }
+    if (!returned.isEmpty()) {
+        lines << QStringLiteral("  - returned by ZBrush: %1 (in %2)").arg(returned.join(QStringLiteral(", ")), folder);
     }
     out << QString() << title;
     if (lines.isEmpty()) {
@@ -651,20 +731,25 @@ QString CDemoNarrator::Narrate(const QJsonObject& report)
         TellSnapshots(report, out);
         QMap<QString, int> writtenBy;
         bool anyProcessTold = false;
-        for (const CPress& press : story.m_kPresses) {
-            TellPress(report, press, writtenBy, out);
+        for (int i = 0; i < story.m_kPresses.size(); ++i) {
+            const CPress& press = story.m_kPresses.at(i);
+            const int nextPress = i + 1 < story.m_kPresses.size() ? story.m_kPresses.at(i + 1).Index()
+                                                                   : std::numeric_limits<int>::max();
+            TellPress(report, press, nextPress, writtenBy, out);
             anyProcessTold = anyProcessTold || !press.m_kProcesses.isEmpty();
         }
         // Dumps that no press followed.
         const int told = story.m_kPresses.isEmpty() ? 0 : story.m_kPresses.last().Index() + 1;
         bool heading = false;
+        QMap<QString, CDumpedTable> tables;
         for (const QJsonValue& dump : Array(report, "dialog_dumps")) {
             if (dump.toObject().value(QStringLiteral("step")).toInt() >= told) {
                 if (!heading) {
                     out << QString() << QStringLiteral("Dialogs left without a button press:");
                     heading = true;
                 }
-                TellDump(dump.toObject(), out);
+                TellDump(dump.toObject(), Text(StepRecord(report, dump.toObject().value(QStringLiteral("step")).toInt()), "comment"),
+                         tables, out);
             }
         }
         TellFiles(report, kPixologic + QStringLiteral("GoZApps/"),

@@ -1,5 +1,8 @@
 #include "CCommandLine.h"
 
+#include "CScene.h"
+
+#include <QDir>
 #include <QFileInfo>
 #include <QSet>
 
@@ -11,17 +14,22 @@ QString CCommandLine::Usage()
     return QStringLiteral(
         "usage:\n"
         "  mvgoz-host run --plugin MODULE --scene SCENE.json --script SCRIPT.json --report REPORT.json\n"
-        "                 [--workdir FOLDER] [--no-zbrush]\n"
-        "  mvgoz-host demo --plugin MODULE [--report REPORT.json] [--workdir FOLDER]\n"
+        "                 [--workdir FOLDER] [--no-zbrush] [--language CODE]\n"
+        "  mvgoz-host demo --plugin MODULE [--report REPORT.json] [--workdir FOLDER] [--language CODE]\n"
+        "  mvgoz-host gui [--scene SCENE.json] [--plugin MODULE] [--workdir FOLDER]\n"
         "  mvgoz-host help\n"
         "\n"
         "run   loads the plug-in module into the reference host, runs the script against the\n"
         "      scene inside a sandbox folder and writes a JSON report. Exit code 0 when every\n"
         "      step succeeded, 1 when something failed, 2 for bad arguments or input files.\n"
         "demo  runs the built-in demonstration and tells what happened.\n"
+        "gui   opens the reference host as a window over the scene (default: its own scene with\n"
+        "      meshes), with the plug-in loaded (default: ../plugin-folder/MVGoZBrush.so beside\n"
+        "      the program's folder) and a ZBrush panel that sends sculpted meshes back.\n"
         "\n"
         "--workdir   use (and keep) this sandbox folder instead of a temporary one\n"
-        "--no-zbrush leave the ZBrush stand-ins out of the sandbox\n");
+        "--no-zbrush leave the ZBrush stand-ins out of the sandbox\n"
+        "--language  the host's language (\"en\"), over the scene's; the plug-in loads its translation\n");
 }
 
 QV::Result CCommandLine::Parse(const QStringList& args, CHostCommand& command, QString& error)
@@ -40,10 +48,14 @@ QV::Result CCommandLine::Parse(const QStringList& args, CHostCommand& command, Q
     if (verb == QLatin1String("run")) {
         command.m_eKind = CHostCommand::EKind::Run;
         valueOptions = QStringList{QStringLiteral("--plugin"), QStringLiteral("--scene"), QStringLiteral("--script"),
-                                   QStringLiteral("--report"), QStringLiteral("--workdir")};
+                                   QStringLiteral("--report"), QStringLiteral("--workdir"), QStringLiteral("--language")};
     } else if (verb == QLatin1String("demo")) {
         command.m_eKind = CHostCommand::EKind::Demo;
-        valueOptions = QStringList{QStringLiteral("--plugin"), QStringLiteral("--report"), QStringLiteral("--workdir")};
+        valueOptions = QStringList{QStringLiteral("--plugin"), QStringLiteral("--report"), QStringLiteral("--workdir"),
+                                   QStringLiteral("--language")};
+    } else if (verb == QLatin1String("gui")) {
+        command.m_eKind = CHostCommand::EKind::Gui;
+        valueOptions = QStringList{QStringLiteral("--plugin"), QStringLiteral("--scene"), QStringLiteral("--workdir")};
     } else {
         error = QStringLiteral("unknown command \"%1\"").arg(verb);
         return QV::kInvalidArg;
@@ -69,6 +81,14 @@ QV::Result CCommandLine::Parse(const QStringList& args, CHostCommand& command, Q
             error = QStringLiteral("%1 needs a value").arg(option);
             return QV::kInvalidArg;
         }
+        if (option == QLatin1String("--language")) {
+            command.m_strLanguage = args.at(++i);
+            if (!CScene::IsLanguageCode(command.m_strLanguage)) {
+                error = QStringLiteral("--language needs a language code such as \"en\" or \"pt_BR\"");
+                return QV::kInvalidArg;
+            }
+            continue;
+        }
         // The run changes into its sandbox folder: relative paths must be resolved now.
         const QString value = QFileInfo(args.at(++i)).absoluteFilePath();
         if (option == QLatin1String("--plugin")) {
@@ -84,7 +104,7 @@ QV::Result CCommandLine::Parse(const QStringList& args, CHostCommand& command, Q
         }
     }
     QStringList missing;
-    if (command.m_strPlugin.isEmpty()) {
+    if (command.m_strPlugin.isEmpty() && command.m_eKind != CHostCommand::EKind::Gui) {
         missing << QStringLiteral("--plugin");
     }
     if (command.m_eKind == CHostCommand::EKind::Run) {
@@ -103,6 +123,11 @@ QV::Result CCommandLine::Parse(const QStringList& args, CHostCommand& command, Q
         return QV::kInvalidArg;
     }
     return QV::kOk;
+}
+
+QString CCommandLine::DefaultPluginPath(const QString& programFolder)
+{
+    return QDir::cleanPath(programFolder + QStringLiteral("/../plugin-folder/MVGoZBrush.so"));
 }
 
 } // namespace Host

@@ -415,7 +415,8 @@ QV::Result CReport::Save(const QString& path, QString& error) const
 {
     const QByteArray bytes = QJsonDocument(ToJson()).toJson(QJsonDocument::Indented);
     QSaveFile file(path);
-    if (!file.open(QIODevice::WriteOnly) || file.write(bytes) != bytes.size() || !file.commit()) {
+    if (!file.open(QIODevice::WriteOnly) || file.write(bytes) != bytes.size() || !file.flush() ||
+        !file.commit()) { // commit() overlooks an error of its own final flush
         error = QStringLiteral("cannot write the report %1: %2").arg(path, file.errorString());
         return QV::kFail;
     }

@@ -120,6 +120,9 @@ QV::Result CRunSession::Execute(const CRunOptions& options, CReport& report)
         }
     }
     LayOutHostData(state, options.m_strPlugin, report);
+    if (!options.m_strLanguage.isEmpty()) {
+        m_pScene->State().m_strLanguage = options.m_strLanguage;
+    }
 
     CReferenceHost host(std::move(m_pScene));
     const CDebugLogRecorder debugLog([&host] { return host.CurrentStep(); });

@@ -23,6 +23,7 @@ struct CRunOptions
     QString m_strToolsFolder; // empty: CSandbox::DefaultToolsFolder()
     QString m_strClassName; // empty: the plug-in host's default
     int m_iWatchdogMs = 0; // 0: the script's
+    QString m_strLanguage; // empty: the scene's "language"
 };
 
 // One headless host run: sandbox, host over the scene, plug-in, script, report.

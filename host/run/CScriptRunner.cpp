@@ -383,7 +383,8 @@ QString CScriptRunner::WriteZBrushReturn(const QJsonValue& settings)
     }
     QSaveFile file(m_strZBrushReturnFile);
     const QByteArray bytes = QJsonDocument(settings.toObject()).toJson(QJsonDocument::Indented);
-    if (!file.open(QIODevice::WriteOnly) || file.write(bytes) != bytes.size() || !file.commit()) {
+    if (!file.open(QIODevice::WriteOnly) || file.write(bytes) != bytes.size() || !file.flush() ||
+        !file.commit()) { // commit() overlooks an error of its own final flush
         return QStringLiteral("cannot write %1: %2").arg(m_strZBrushReturnFile, file.errorString());
     }
     return QString();

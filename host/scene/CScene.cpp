@@ -25,6 +25,7 @@ const QStringList kSceneKeys = {
     QStringLiteral("split_mesh_names"), QStringLiteral("extra_mesh_names"),
     QStringLiteral("registry"),         QStringLiteral("host_data_folder"),
     QStringLiteral("sandbox"),          QStringLiteral("zbrush_return"),
+    QStringLiteral("language"),
 };
 
 const QStringList kSandboxKeys = {
@@ -513,8 +514,13 @@ QV::Result CScene::Parse(const QByteArray& json, QString& error)
         reader.Bool(QStringLiteral("plugin_supported"), state.m_bPluginSupported) &&
         reader.Bool(QStringLiteral("skin_split_supported"), state.m_bSkinSplitSupported) &&
         reader.StringList(QStringLiteral("extra_mesh_names"), state.m_kExtraMeshNames) &&
-        reader.String(QStringLiteral("host_data_folder"), state.m_strHostDataFolder);
+        reader.String(QStringLiteral("host_data_folder"), state.m_strHostDataFolder) &&
+        reader.String(QStringLiteral("language"), state.m_strLanguage);
     if (!stateRead) {
+        return QV::kInvalidArg;
+    }
+    if (!IsLanguageCode(state.m_strLanguage)) {
+        error = QStringLiteral("top level: \"language\" must be empty or a language code such as \"en\" or \"pt_BR\"");
         return QV::kInvalidArg;
     }
     state.m_bPicksFollowSelection = !root.contains(QStringLiteral("picks"));
@@ -554,6 +560,23 @@ QV::Result CScene::Parse(const QByteArray& json, QString& error)
     m_kHandles.clear();
     RebuildIndex();
     return QV::kOk;
+}
+
+bool CScene::IsLanguageCode(const QString& language)
+{
+    // The code becomes part of a translation file name: letters first, then letters, digits, '_' or '-'.
+    if (language.size() > 35) {
+        return false;
+    }
+    for (int i = 0; i < language.size(); ++i) {
+        const QChar c = language.at(i);
+        const bool letter = (c >= QLatin1Char('a') && c <= QLatin1Char('z')) || (c >= QLatin1Char('A') && c <= QLatin1Char('Z'));
+        const bool other = (c >= QLatin1Char('0') && c <= QLatin1Char('9')) || c == QLatin1Char('_') || c == QLatin1Char('-');
+        if (!letter && (i == 0 || !other)) {
+            return false;
+        }
+    }
+    return true;
 }
 
 void CScene::RebuildIndex()

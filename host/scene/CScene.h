@@ -27,6 +27,9 @@ public:
     CScene(const CScene&) = delete;
     CScene& operator=(const CScene&) = delete;
 
+    // True for "" (no language) and for codes such as "en", "de" or "pt_BR".
+    static bool IsLanguageCode(const QString& language);
+
     // Replaces the content with the scene in json. On failure the scene is unchanged,
     // error says what is wrong and where, and the result is kInvalidArg.
     QV::Result Parse(const QByteArray& json, QString& error);

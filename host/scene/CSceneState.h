@@ -42,6 +42,8 @@ struct CSceneState
     QStringList m_kExtraMeshNames;
     QList<CRegistryValue> m_kRegistry;
     QString m_strHostDataFolder = QStringLiteral("C:\\ProgramData\\Figmora");
+    // GetLanguage; empty: the host asks for no translation.
+    QString m_strLanguage;
 
     // The run's sandbox (docs/scene-format.md, "Sandbox").
     bool m_bPixologicFolder = true;

@@ -52,7 +52,7 @@ const QStringList& CHostContext::OperationNames()
         QStringLiteral("UpdateAvatarMorph"),
         // ui
         QStringLiteral("ShowMessageBox"), QStringLiteral("SelectObjects"), QStringLiteral("ReadyForCommand"),
-        QStringLiteral("RecordUsageStep"), QStringLiteral("RefreshView"),
+        QStringLiteral("RecordUsageStep"), QStringLiteral("RefreshView"), QStringLiteral("GetLanguage"),
         // avatar
         QStringLiteral("GetCurrentAvatar"), QStringLiteral("GetGozSplitMeshNames"),
         QStringLiteral("GetGozExtraMeshNames"), QStringLiteral("IsCharacterTagSupported"),

@@ -288,7 +288,8 @@ QV::Result CReferenceHost::WriteRegistryFile(const QString& path, QString& error
     }
     QDir().mkpath(QFileInfo(path).absolutePath());
     QSaveFile file(path);
-    if (!file.open(QIODevice::WriteOnly) || file.write(bytes) != bytes.size() || !file.commit()) {
+    if (!file.open(QIODevice::WriteOnly) || file.write(bytes) != bytes.size() || !file.flush() ||
+        !file.commit()) { // commit() overlooks an error of its own final flush
         error = QStringLiteral("cannot write the registry file %1: %2").arg(path, file.errorString());
         return QV::kFail;
     }

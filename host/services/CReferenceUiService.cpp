@@ -74,5 +74,10 @@ void CReferenceUiService::RefreshView(QV::Result& result, int flag)
     result = QV::kOk;
 }
 
+QString CReferenceUiService::GetLanguage()
+{
+    return m_rContext.Enter("GetLanguage") ? QString() : m_rContext.Scene().State().m_strLanguage;
+}
+
 } // namespace Host
 } // namespace MV

@@ -22,6 +22,8 @@ public:
     bool ReadyForCommand(int a, int b) override;
     void RecordUsageStep(QV::Result& result, const QString& tag, const std::wstring& text, int id) override;
     void RefreshView(QV::Result& result, int flag) override;
+    // The scene's "language"; an injected failure answers "" (no translation).
+    QString GetLanguage() override;
 
 private:
     CHostContext& m_rContext;

@@ -174,6 +174,10 @@ public:
     virtual bool ReadyForCommand(int a, int b) = 0;
     virtual void RecordUsageStep(QV::Result& result, const QString& tag, const std::wstring& text, int id) = 0;
     virtual void RefreshView(QV::Result& result, int flag) = 0;
+    // The language of the host's user interface ("en", "de", "zh_TW"); empty when the host
+    // sets none, and plug-ins then show their texts untranslated. Not pure, so hosts built
+    // before it existed still compile.
+    virtual QString GetLanguage() { return QString(); }
 };
 
 class CAvatarService

@@ -1,6 +1,7 @@
 // Whole runs through the reference host with the real plug-in: a send, ZBrush's stand-in
 // sculpting and handing back what the scene asks of it, the return launcher's notice over
-// the host's socket, the receive dialog and the import into the scene.
+// the host's socket, the receive dialog and the import into the scene; and an expression
+// round trip whose face meshes come back the same way to the expression dialog.
 #include "CReport.h"
 #include "CRunSession.h"
 #include "QtPrinters.h"
@@ -331,6 +332,79 @@ TEST_F(hostRoundTrip, TheShippedRoundTripExampleRunsAndTellsTheSameStoryTwice)
     EXPECT_EQ(1, SceneEntry(first, QStringLiteral("vase")).value(QStringLiteral("goz_imports")).toInt());
     EXPECT_EQ(QStringList{"ImportGoZToObject: Vase_1.GoZ"}, Notes(first));
     EXPECT_EQ((QStringList{"Desk_Lamp", "Vase", "Rock", "Desk_Lamp_1", "Vase_1"}), TableNames(first));
+}
+
+QByteArray ScriptData(const char* name)
+{
+    // The script runs' data, beside the demo's in the source tree.
+    QFile file(QStringLiteral(MVGOZ_DEMO_DIR "/../../tests/data/scripts/") + QLatin1String(name));
+    EXPECT_TRUE(file.open(QIODevice::ReadOnly)) << name;
+    return file.readAll();
+}
+
+QStringList ArgsOf(const QJsonObject& report, const char* operation, int argument)
+{
+    QStringList values;
+    for (const QJsonValue& call : report.value(QStringLiteral("call_log")).toArray()) {
+        if (call.toObject().value(QStringLiteral("operation")).toString() == QLatin1String(operation)) {
+            values << call.toObject().value(QStringLiteral("args")).toArray().at(argument).toString();
+        }
+    }
+    return values;
+}
+
+TEST_F(hostRoundTrip, AnExpressionGoesToTheStandInAndComesBackTwiceTheSecondTimeRelinked)
+{
+    const QString pose = QStringLiteral("C:/Users/Public/Pixologic/GoZProjects/Default/Ava_Tearline.mvMotionPlus");
+    const QJsonObject report = RunHost(ScriptData("face-scene.json"), R"({"steps": [
+        {"step": "raise_data_changed", "edit_blend_shape": true},
+        {"step": "trigger", "action": "qtExpressionGoZAction"},
+        {"step": "click", "widget": "qtGoZButton"},
+        {"step": "wait_goz_return"},
+        {"step": "set_checked", "widget": "qtAdjustEyeOcclusionCheckBox", "checked": false},
+        {"step": "set_checked", "widget": "qtAdjustTearlineCheckBox", "checked": false},
+        {"step": "click", "widget": "qtImportButton"},
+        {"step": "trigger", "action": "qtExpressionGoZAction"},
+        {"step": "table_combo_choose", "table": "qtFMGoZToZBrushTableWidget", "row": 0, "column": 1,
+         "text": "[MVGoZBursh] Relink"},
+        {"step": "table_combo_choose", "table": "qtFMGoZToZBrushTableWidget", "row": 1, "column": 1,
+         "text": "[MVGoZBursh] Relink"},
+        {"step": "click", "widget": "qtGoZButton"},
+        {"step": "wait_goz_return"},
+        {"step": "click", "widget": "qtImportButton"}
+    ]})");
+    EXPECT_TRUE(report.value(QStringLiteral("ok")).toBool()) << QJsonDocument(report.value(QStringLiteral("steps")).toArray()).toJson().toStdString();
+    const QJsonArray returns = report.value(QStringLiteral("goz_returns")).toArray();
+    ASSERT_EQ(2, returns.size());
+    EXPECT_EQ(3, returns.at(0).toObject().value(QStringLiteral("raised_by_step")).toInt());
+    EXPECT_EQ(11, returns.at(1).toObject().value(QStringLiteral("raised_by_step")).toInt());
+    EXPECT_TRUE(report.value(QStringLiteral("message_boxes")).toArray().isEmpty());
+
+    // The pose is named after the first face mesh sent; the relinking send replaces it.
+    EXPECT_EQ((QStringList{pose, pose}), ArgsOf(report, "SaveMotionFile", 1));
+    EXPECT_EQ((QStringList{pose, pose}), ArgsOf(report, "LoadFile", 0)) << "each import loads the pose of its send";
+    QStringList poses;
+    for (const QJsonValue& file : report.value(QStringLiteral("files")).toArray()) {
+        if (file.toObject().value(QStringLiteral("path")).toString().endsWith(QLatin1String(".mvMotionPlus"))) {
+            poses << file.toObject().value(QStringLiteral("path")).toString();
+        }
+    }
+    EXPECT_EQ(QStringList{pose}, poses) << "no second pose beside the first";
+
+    // Relinked face meshes go out under their names again; the teeth under new part names.
+    EXPECT_EQ((QStringList{"[Ava_Tearline]", "[Ava_Brow]", "[FM_Base_Upper_Teeth, FM_Base_Lower_Teeth]", "[Ava_Tearline]",
+                           "[Ava_Brow]", "[FM_Base_Upper_Teeth_1, FM_Base_Lower_Teeth_1]"}),
+              ArgsOf(report, "ExportGoZ", 3));
+    EXPECT_EQ((QStringList{"Ava_Tearline.GoZ", "Ava_Brow.GoZ", "FM_Base_Upper_Teeth.GoZ", "FM_Base_Lower_Teeth.GoZ",
+                           "Ava_Tearline.GoZ", "Ava_Brow.GoZ", "FM_Base_Upper_Teeth_1.GoZ", "FM_Base_Lower_Teeth_1.GoZ"}),
+              ArgsOf(report, "UpdateMeshFromGoZ", 1));
+    // Sculpted twice by the stand-in's scale of 2; unchecked eye options fit and make nothing.
+    const QJsonObject brow = SceneEntry(report, QStringLiteral("ava_brow"));
+    EXPECT_EQ(QJsonDocument::fromJson("[[-4, 12, 0], [4, 14, 0]]").array(),
+              brow.value(QStringLiteral("mesh_after")).toObject().value(QStringLiteral("bbox")).toArray());
+    EXPECT_EQ(2, brow.value(QStringLiteral("goz_imports")).toInt());
+    EXPECT_TRUE(ArgsOf(report, "CreateEyeElement", 0).isEmpty());
+    EXPECT_TRUE(ArgsOf(report, "AdjustTearline", 0).isEmpty());
 }
 
 } // namespace
