@@ -448,19 +448,17 @@ void CGoZSendPipeline::WriteExchangeFileSteps(QV::Result& result, const QV::CArr
     }
 
     const QString listPath = appFolder + QFile::decodeName(listName);
-    QSaveFile objectList(listPath);
-    objectList.setDirectWriteFallback(true);
-    if (!objectList.open(QIODevice::WriteOnly)) {
-        qDebug().noquote() << "open object list " + listPath + " fail...";
-        result = QV::kFail;
-        return;
-    }
     const std::string projectFolder = Platform::WideToNarrow(ProjectFolder().toStdWString());
+    QByteArray lines;
     for (const std::wstring& name : names) {
-        const std::string line = projectFolder + Platform::WideToNarrow(name) + "\n";
-        objectList.write(line.data(), static_cast<qint64>(line.size()));
+        lines += QByteArray::fromStdString(projectFolder + Platform::WideToNarrow(name)) + '\n';
     }
-    if (!objectList.flush() || !objectList.commit()) {
+    // Always through a temporary file (no direct-write fallback): the bridge programs read this
+    // list, and a write failing halfway must leave the previous list, not a cut one. We install
+    // the bridge into this folder, so we may create files in it.
+    QSaveFile objectList(listPath);
+    if (!objectList.open(QIODevice::WriteOnly) || objectList.write(lines) != lines.size() || !objectList.flush() ||
+        !objectList.commit()) {
         qDebug().noquote() << "open object list " + listPath + " fail...";
         result = QV::kFail;
         return;
