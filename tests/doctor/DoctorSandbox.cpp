@@ -1,6 +1,7 @@
 #include "DoctorSandbox.h"
 
 #include <cstdlib>
+#include <ctime>
 #include <fstream>
 #include <system_error>
 
@@ -8,14 +9,6 @@
 #include <sys/time.h>
 
 namespace fs = std::filesystem;
-
-namespace {
-
-constexpr char kInfo[] = "GOZ_OBJECT_LIST = \"GoZ_ObjectList.txt\"\n"
-                         "MAKEOBJECTPATH_COMMAND = \"../../GoZBrush/GoZMakeObjectPath.exe\"\n"
-                         "GOZBRUSH_COMMAND = \"../../GoZBrush/GoZBrushFromApp.exe\"\n";
-
-} // namespace
 
 CDoctorSandbox::CDoctorSandbox(const std::string& publicName) : m_strPublicName(publicName)
 {
@@ -29,10 +22,13 @@ CDoctorSandbox::CDoctorSandbox(const std::string& publicName) : m_strPublicName(
         MakeFolder(InRoot(folder));
     }
     MakeFolder(HostProgram().parent_path());
-    Write(InRoot("GoZBrush/GoZBrushFromApp.exe"), "program");
-    Write(InRoot("GoZBrush/GoZMakeObjectPath.exe"), "program");
-    Write(InRoot("GoZApps/Figmora/GoZBrushToFM.exe"), "program");
-    Write(InRoot("GoZApps/Figmora/GoZ_Info.txt"), kInfo);
+    for (const char* program : {"GoZBrush/GoZBrushFromApp.exe", "GoZBrush/GoZMakeObjectPath.exe",
+                                "GoZApps/Figmora/GoZBrushToFM.exe"}) {
+        Write(InRoot(program), "program");
+    }
+    Write(InRoot("GoZApps/Figmora/GoZ_Info.txt"), "GOZ_OBJECT_LIST = \"GoZ_ObjectList.txt\"\n"
+                                                  "MAKEOBJECTPATH_COMMAND = \"../../GoZBrush/GoZMakeObjectPath.exe\"\n"
+                                                  "GOZBRUSH_COMMAND = \"../../GoZBrush/GoZBrushFromApp.exe\"\n");
     Write(InRoot("GoZApps/Figmora/GoZ_Config.txt"), "PATH = \"" + HostProgram().string() + "\"\n");
     // As a send on Windows writes it: the project folder before each name. Spelled as there,
     // not with this sandbox's folder, which can be deep enough to pass the name limit.
@@ -47,7 +43,7 @@ CDoctorSandbox::CDoctorSandbox(const std::string& publicName) : m_strPublicName(
 
 CDoctorSandbox::~CDoctorSandbox()
 {
-    if (m_kFolder.empty()) {
+    if (!IsValid()) {
         return;
     }
     // Tests take rights away; give them back so everything can go.
@@ -58,17 +54,10 @@ CDoctorSandbox::~CDoctorSandbox()
     fs::remove_all(m_kFolder, error);
 }
 
-fs::path CDoctorSandbox::Root() const
-{
-    fs::path root = Public();
-    root += "/Pixologic/";
-    return root;
-}
-
 fs::path CDoctorSandbox::InRoot(const std::string& relative) const
 {
-    fs::path path = Root();
-    path += relative;
+    fs::path path = Public();
+    path += "/Pixologic/" + relative;
     return path;
 }
 
@@ -105,11 +94,7 @@ void CDoctorSandbox::Chmod(const fs::path& path, unsigned mode) const
 void CDoctorSandbox::SetModified(const fs::path& path, int year, int month, int day, int hour, int minute) const
 {
     std::tm local {};
-    local.tm_year = year - 1900;
-    local.tm_mon = month - 1;
-    local.tm_mday = day;
-    local.tm_hour = hour;
-    local.tm_min = minute;
+    local.tm_year = year - 1900, local.tm_mon = month - 1, local.tm_mday = day, local.tm_hour = hour, local.tm_min = minute;
     local.tm_isdst = -1;
     const std::time_t time = std::mktime(&local);
     const struct timeval times[2] = {{time, 0}, {time, 0}};
@@ -128,4 +113,12 @@ MV::Doctor::CDoctorOptions CDoctorSandbox::Options() const
     options.m_kPublicOverride = Public();
     options.m_kReturnRoot = Root();
     return options;
+}
+
+MV::Doctor::CDoctorFindings CDoctorSandbox::Check(const MV::Doctor::CDoctorOptions& options) const
+{
+    ::setenv("MVGOZ_REGISTRY_FILE", RegistryFile().c_str(), 1);
+    const MV::Doctor::CDoctorFindings findings = MV::Doctor::RunChecks(options);
+    ::unsetenv("MVGOZ_REGISTRY_FILE");
+    return findings;
 }

@@ -13,13 +13,11 @@
 #endif
 #include <windows.h>
 
-#include <aclapi.h>
+#include <sddl.h>
 
-#include <algorithm>
 #include <cstdio>
 #include <filesystem>
 #include <fstream>
-#include <iterator>
 #include <string>
 #include <vector>
 
@@ -29,18 +27,17 @@ namespace fs = std::filesystem;
 using MV::Doctor::CDoctorFindings;
 using MV::Doctor::ECheck;
 using MV::Doctor::EncodeUtf8;
+using MV::Doctor::RunChecks;
 
 int g_nPassed = 0;
 int g_nFailed = 0;
 
 void Check(bool condition, const char* expression, int line, const std::string& detail)
 {
-    if (condition) {
-        ++g_nPassed;
-        return;
+    condition ? ++g_nPassed : ++g_nFailed;
+    if (!condition) {
+        std::printf("  FAILED line %d: %s -- %s\n", line, expression, detail.c_str());
     }
-    ++g_nFailed;
-    std::printf("  FAILED line %d: %s -- %s\n", line, expression, detail.c_str());
 }
 
 #define CHECK(condition, detail) Check((condition), #condition, __LINE__, (detail))
@@ -48,26 +45,14 @@ void Check(bool condition, const char* expression, int line, const std::string& 
 const wchar_t kRegistryKey[] = L"SOFTWARE\\Quorvane\\Figmora\\4.0";
 const wchar_t kRegistryValue[] = L"Main Program";
 
-bool SetRegistryProgram(const std::wstring& program)
+// Sets the host's "Main Program", or deletes it when program is null.
+bool SetRegistryProgram(const std::wstring* program)
 {
-    HKEY key = nullptr;
-    LONG result = RegCreateKeyExW(HKEY_LOCAL_MACHINE, kRegistryKey, 0, nullptr, 0, KEY_SET_VALUE | KEY_WOW64_64KEY,
-                                  nullptr, &key, nullptr);
-    if (result == ERROR_SUCCESS) {
-        result = RegSetValueExW(key, kRegistryValue, 0, REG_SZ, reinterpret_cast<const BYTE*>(program.c_str()),
-                                static_cast<DWORD>((program.size() + 1) * sizeof(wchar_t)));
-        RegCloseKey(key);
-    }
+    const LSTATUS result =
+        program == nullptr ? RegDeleteKeyValueW(HKEY_LOCAL_MACHINE, kRegistryKey, kRegistryValue)
+                           : RegSetKeyValueW(HKEY_LOCAL_MACHINE, kRegistryKey, kRegistryValue, REG_SZ, program->c_str(),
+                                             static_cast<DWORD>((program->size() + 1) * sizeof(wchar_t)));
     return result == ERROR_SUCCESS;
-}
-
-void DeleteRegistryProgram()
-{
-    HKEY key = nullptr;
-    if (RegOpenKeyExW(HKEY_LOCAL_MACHINE, kRegistryKey, 0, KEY_SET_VALUE | KEY_WOW64_64KEY, &key) == ERROR_SUCCESS) {
-        RegDeleteValueW(key, kRegistryValue);
-        RegCloseKey(key);
-    }
 }
 
 void Write(const fs::path& path, const std::string& bytes)
@@ -79,44 +64,26 @@ void Write(const fs::path& path, const std::string& bytes)
 
 void SetModified(const fs::path& path, WORD year)
 {
-    SYSTEMTIME local {};
-    local.wYear = year;
-    local.wMonth = 6;
-    local.wDay = 1;
-    local.wHour = 12;
+    const SYSTEMTIME local {year, 6, 0, 1, 12, 0, 0, 0};
     SYSTEMTIME utc {};
     FILETIME time {};
-    TzSpecificLocalTimeToSystemTime(nullptr, &local, &utc);
-    SystemTimeToFileTime(&utc, &time);
     const HANDLE file = CreateFileW(path.c_str(), FILE_WRITE_ATTRIBUTES, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr,
                                     OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
-    CHECK(file != INVALID_HANDLE_VALUE, EncodeUtf8(path.native()));
-    if (file != INVALID_HANDLE_VALUE) {
-        CHECK(SetFileTime(file, nullptr, nullptr, &time) != 0, "");
-        CloseHandle(file);
-    }
+    CHECK(file != INVALID_HANDLE_VALUE && TzSpecificLocalTimeToSystemTime(nullptr, &local, &utc) &&
+              SystemTimeToFileTime(&utc, &time) && SetFileTime(file, nullptr, nullptr, &time),
+          EncodeUtf8(path.native()));
+    CloseHandle(file);
 }
 
 // Lets every user create files in folder, through its access list.
 bool OpenToEveryone(const fs::path& folder)
 {
-    EXPLICIT_ACCESSW access {};
-    access.grfAccessPermissions = FILE_ALL_ACCESS;
-    access.grfAccessMode = SET_ACCESS;
-    access.grfInheritance = SUB_CONTAINERS_AND_OBJECTS_INHERIT;
-    access.Trustee.TrusteeForm = TRUSTEE_IS_NAME;
-    access.Trustee.TrusteeType = TRUSTEE_IS_WELL_KNOWN_GROUP;
-    wchar_t everyone[] = L"Everyone";
-    access.Trustee.ptstrName = everyone;
-    PACL dacl = nullptr;
-    if (SetEntriesInAclW(1, &access, nullptr, &dacl) != ERROR_SUCCESS) {
-        return false;
-    }
-    std::wstring name = folder.native();
-    const DWORD result = SetNamedSecurityInfoW(&name[0], SE_FILE_OBJECT, DACL_SECURITY_INFORMATION, nullptr, nullptr,
-                                               dacl, nullptr);
-    LocalFree(dacl);
-    return result == ERROR_SUCCESS;
+    PSECURITY_DESCRIPTOR everyone = nullptr;
+    const bool set = ConvertStringSecurityDescriptorToSecurityDescriptorW(L"D:(A;OICI;FA;;;WD)", SDDL_REVISION_1,
+                                                                          &everyone, nullptr) &&
+                     SetFileSecurityW(folder.c_str(), DACL_SECURITY_INFORMATION, everyone);
+    LocalFree(everyone);
+    return set;
 }
 
 // A Pixologic folder as a working round trip leaves it, below publicFolder.
@@ -130,24 +97,24 @@ struct CWineSandbox
         : m_kPublic(publicFolder), m_kRoot(fs::path(publicFolder.native() + L"/Pixologic/")),
           m_kHost(fs::absolute(publicFolder.parent_path() / L"host" / L"Figmora.exe"))
     {
-        Write(In("GoZBrush/GoZBrushFromApp.exe"), "program");
-        Write(In("GoZBrush/GoZMakeObjectPath.exe"), "program");
-        Write(In("GoZApps/Figmora/GoZBrushToFM.exe"), "program");
+        for (const char* program : {"GoZBrush/GoZBrushFromApp.exe", "GoZBrush/GoZMakeObjectPath.exe",
+                                    "GoZApps/Figmora/GoZBrushToFM.exe"}) {
+            Write(In(program), "program");
+        }
         Write(In("GoZApps/Figmora/GoZ_Info.txt"),
               "GOZ_OBJECT_LIST = \"GoZ_ObjectList.txt\"\r\n"
               "MAKEOBJECTPATH_COMMAND = \"../../GoZBrush/GoZMakeObjectPath.exe\"\r\n"
               "GOZBRUSH_COMMAND = \"../../GoZBrush/GoZBrushFromApp.exe\"\r\n");
-        Write(In("GoZApps/Figmora/GoZ_Config.txt"), "PATH = \"" + Narrow(m_kHost) + "\"\n");
+        const std::string host = MV::Platform::WideToNarrow(m_kHost.native());
+        Write(In("GoZApps/Figmora/GoZ_Config.txt"), "PATH = \"" + host + "\"\n");
         Write(In("GoZApps/Figmora/GoZ_ObjectList.txt"), "Body\nK\xf6rper\n"); // Latin-1, as the plug-in writes
         Write(In("GoZProjects/Default/Body.GoZ"), "mesh");
         Write(m_kRoot / L"GoZProjects" / L"Default" / L"K\u00f6rper.goz", "mesh");
         Write(m_kHost, "program");
-        CHECK(SetRegistryProgram(m_kHost.native()), "");
+        CHECK(SetRegistryProgram(&m_kHost.native()), "");
     }
 
     fs::path In(const char* relative) const { return fs::path(m_kRoot.native() + fs::path(relative).native()); }
-
-    static std::string Narrow(const fs::path& path) { return MV::Platform::WideToNarrow(path.native()); }
 
     MV::Doctor::CDoctorOptions Options() const
     {
@@ -159,70 +126,60 @@ struct CWineSandbox
     }
 };
 
-std::vector<std::string> ProblemIds(const CDoctorFindings& findings)
+// The ids of the problems (warnings left out), joined with ", ".
+std::string Problems(const CDoctorFindings& findings)
 {
-    std::vector<std::string> ids;
+    std::string ids;
     for (const auto& problem : findings.m_kProblems) {
         if (problem.m_eSeverity == MV::Doctor::ESeverity::Problem) {
-            ids.push_back(problem.m_strId);
+            ids += (ids.empty() ? "" : ", ") + problem.m_strId;
         }
     }
     return ids;
 }
 
-std::string Joined(const std::vector<std::string>& ids)
-{
-    std::string text;
-    for (const std::string& id : ids) {
-        text += (text.empty() ? "" : ", ") + id;
-    }
-    return "[" + text + "]";
-}
-
 void SandboxWithAndWithoutAProblem()
 {
     const CWineSandbox sandbox(fs::absolute(L"one/P\u00fablic \u00fc"));
-    CDoctorFindings f = MV::Doctor::RunChecks(sandbox.Options());
-    CHECK(ProblemIds(f).empty(), Joined(ProblemIds(f)));
-    CHECK(f.ExitCode() == 0, "");
+    CDoctorFindings f = RunChecks(sandbox.Options());
+    CHECK(Problems(f).empty() && f.ExitCode() == 0, Problems(f));
     CHECK(f.m_nListedNames == 2 && f.m_nFoundNames == 2, std::to_string(f.m_nFoundNames));
     CHECK(f.m_eReturnRootSame == ECheck::Yes, "");
     // Windows file names ignore case: BODY.GOZ answers Body.
     fs::rename(sandbox.In("GoZProjects/Default/Body.GoZ"), sandbox.In("GoZProjects/Default/BODY.GOZ"));
-    f = MV::Doctor::RunChecks(sandbox.Options());
+    f = RunChecks(sandbox.Options());
     CHECK(f.m_nFoundNames == 2, std::to_string(f.m_nFoundNames));
 
     SetModified(sandbox.In("GoZApps/Figmora/GoZBrushToFM.exe"), 2017);
-    f = MV::Doctor::RunChecks(sandbox.Options());
-    CHECK(ProblemIds(f) == std::vector<std::string>{"launcher-stale"}, Joined(ProblemIds(f)));
-    CHECK(f.ExitCode() == 1, "");
+    f = RunChecks(sandbox.Options());
+    CHECK(Problems(f) == "launcher-stale" && f.ExitCode() == 1, Problems(f));
     CHECK(f.m_strLauncherTime.rfind("2017-06-01", 0) == 0, f.m_strLauncherTime);
 
     SetModified(sandbox.In("GoZApps/Figmora/GoZBrushToFM.exe"), 2019);
     fs::remove(sandbox.In("GoZProjects/Default/BODY.GOZ"));
-    f = MV::Doctor::RunChecks(sandbox.Options());
-    CHECK(ProblemIds(f) == std::vector<std::string>{"object-list-files-missing"}, Joined(ProblemIds(f)));
+    f = RunChecks(sandbox.Options());
+    CHECK(Problems(f) == "object-list-files-missing", Problems(f));
     CHECK(f.m_kMissingNames == std::vector<std::string>{"Body"}, "");
 }
 
 void RegistryValueThroughTheSystemRegistry()
 {
     const CWineSandbox sandbox(fs::absolute(L"registry/public"));
-    CDoctorFindings f = MV::Doctor::RunChecks(sandbox.Options());
+    CDoctorFindings f = RunChecks(sandbox.Options());
     CHECK(f.m_nRegistryResult == 0, std::to_string(f.m_nRegistryResult));
     CHECK(f.m_strRegistryData == EncodeUtf8(sandbox.m_kHost.native()), f.m_strRegistryData);
     CHECK(f.m_kRegistryProgram.m_eKind == MV::Doctor::EEntryKind::File, "");
 
-    CHECK(SetRegistryProgram(L"C:\\\u4e2d\\Figmora.exe"), "");
-    f = MV::Doctor::RunChecks(sandbox.Options());
-    const std::vector<std::string> wide{"registry-not-latin1", "registry-program-missing"};
-    CHECK(ProblemIds(f) == wide, Joined(ProblemIds(f)));
+    const std::wstring wide = L"C:\\\u4e2d\\Figmora.exe";
+    CHECK(SetRegistryProgram(&wide), "");
+    f = RunChecks(sandbox.Options());
+    CHECK(Problems(f) == "registry-not-latin1, registry-program-missing", Problems(f));
 
-    DeleteRegistryProgram();
-    f = MV::Doctor::RunChecks(sandbox.Options());
+    SetRegistryProgram(nullptr);
+    f = RunChecks(sandbox.Options());
     CHECK(f.m_nRegistryResult == ERROR_FILE_NOT_FOUND, std::to_string(f.m_nRegistryResult));
-    CHECK(ProblemIds(f) == std::vector<std::string>{"registry-missing"}, Joined(ProblemIds(f)));
-    SetRegistryProgram(sandbox.m_kHost.native());
+    CHECK(Problems(f) == "registry-missing", Problems(f));
+    SetRegistryProgram(&sandbox.m_kHost.native());
 }
 
 void PublicLookupIgnoresCase()
@@ -232,19 +189,16 @@ void PublicLookupIgnoresCase()
     const fs::path folder = fs::absolute(L"lookup");
     SetEnvironmentVariableW(L"PUBLIC", nullptr);
     SetEnvironmentVariableW(L"pUbLiC", folder.c_str());
-    MV::Doctor::CDoctorOptions options;
-    CDoctorFindings f = MV::Doctor::RunChecks(options);
+    CDoctorFindings f = RunChecks({});
     CHECK(f.m_ePublicSource == MV::Doctor::EPublicSource::Variable, "");
     CHECK(f.m_strPublicVariable == "pUbLiC", f.m_strPublicVariable);
     CHECK(f.m_strPublicFolder == EncodeUtf8(folder.native()), f.m_strPublicFolder);
     CHECK(f.m_kRoot.m_strPath == EncodeUtf8(folder.native()) + "/Pixologic/", f.m_kRoot.m_strPath);
 
     SetEnvironmentVariableW(L"pUbLiC", nullptr);
-    f = MV::Doctor::RunChecks(options);
+    f = RunChecks({});
     CHECK(f.m_ePublicSource == MV::Doctor::EPublicSource::Default, "");
-    CHECK(f.m_strPublicFolder == "C:\\users\\public", f.m_strPublicFolder);
-    CHECK(f.m_strPublicVariable.empty(), f.m_strPublicVariable);
-
+    CHECK(f.m_strPublicFolder == "C:\\users\\public" && f.m_strPublicVariable.empty(), f.m_strPublicFolder);
     if (savedLength > 0 && savedLength < 1024) {
         SetEnvironmentVariableW(L"PUBLIC", saved);
     }
@@ -255,44 +209,27 @@ void AccessListDecidesEveryoneWrite()
     const fs::path folder = fs::absolute(L"shared");
     fs::create_directories(folder);
     std::string detail;
-    const ECheck before = MV::Doctor::System::ProbeEveryoneWrite(folder, detail);
-    CHECK(before != ECheck::NotChecked, detail);
+    CHECK(MV::Doctor::System::ProbeEveryoneWrite(folder, detail) != ECheck::NotChecked, detail);
     CHECK(OpenToEveryone(folder), "");
     CHECK(MV::Doctor::System::ProbeEveryoneWrite(folder, detail) == ECheck::Yes, detail);
     CHECK(MV::Doctor::System::ProbeUserWrite(folder, detail) == ECheck::Yes, detail);
-    CHECK(std::distance(fs::directory_iterator(folder), fs::directory_iterator()) == 0, "probe file left behind");
+    CHECK(fs::is_empty(folder), "probe file left behind");
 }
 
-// Runs mvgoz-doctor.exe from this program's folder; its output goes to a file.
-DWORD RunDoctor(const std::wstring& arguments, std::string& output)
+// Runs mvgoz-doctor.exe from this program's folder; output holds what it wrote to both streams.
+int RunDoctor(const std::wstring& arguments, std::string& output)
 {
     wchar_t self[MAX_PATH] = {};
     GetModuleFileNameW(nullptr, self, MAX_PATH);
     const fs::path program = fs::path(self).parent_path() / L"mvgoz-doctor.exe";
-    const fs::path outputFile = fs::absolute(L"doctor-output.txt");
-    SECURITY_ATTRIBUTES inherit {sizeof(SECURITY_ATTRIBUTES), nullptr, TRUE};
-    const HANDLE out = CreateFileW(outputFile.c_str(), GENERIC_WRITE, FILE_SHARE_READ, &inherit, CREATE_ALWAYS,
-                                   FILE_ATTRIBUTE_NORMAL, nullptr);
-    STARTUPINFOW startup {};
-    startup.cb = sizeof(startup);
-    startup.dwFlags = STARTF_USESTDHANDLES;
-    startup.hStdOutput = out;
-    startup.hStdError = out;
-    startup.hStdInput = GetStdHandle(STD_INPUT_HANDLE);
-    PROCESS_INFORMATION process {};
-    std::wstring commandLine = L"\"" + program.native() + L"\" " + arguments;
-    DWORD exitCode = 999;
-    if (CreateProcessW(program.c_str(), &commandLine[0], nullptr, nullptr, TRUE, 0, nullptr, nullptr, &startup,
-                       &process)) {
-        WaitForSingleObject(process.hProcess, 60000);
-        GetExitCodeProcess(process.hProcess, &exitCode);
-        CloseHandle(process.hThread);
-        CloseHandle(process.hProcess);
+    // cmd takes the outer quotes off.
+    FILE* pipe = _wpopen((L"\"\"" + program.native() + L"\" " + arguments + L" 2>&1\"").c_str(), L"rb");
+    char buffer[4096];
+    output.clear();
+    for (size_t count = 0; pipe != nullptr && (count = std::fread(buffer, 1, sizeof buffer, pipe)) > 0;) {
+        output.append(buffer, count);
     }
-    CloseHandle(out);
-    std::ifstream in(outputFile, std::ios::binary);
-    output.assign(std::istreambuf_iterator<char>(in), {});
-    return exitCode;
+    return pipe == nullptr ? -1 : _pclose(pipe);
 }
 
 void ProgramOnThePublicFolder()
@@ -306,51 +243,46 @@ void ProgramOnThePublicFolder()
         return;
     }
     const CWineSandbox sandbox{fs::path(publicFolder)};
-    std::string output;
-    DWORD exitCode = RunDoctor(L"--json", output);
-    CHECK(exitCode == 0, std::to_string(exitCode) + "\n" + output);
-    CHECK(output.find("\"canRoundTrip\": true") != std::string::npos, output);
-    CHECK(output.find("\"sameAsRoot\": \"yes\"") != std::string::npos, output);
-
-    exitCode = RunDoctor(L"", output);
-    CHECK(exitCode == 0, std::to_string(exitCode));
-    CHECK(output.find("Result: a round trip can work.") != std::string::npos, output);
-
-    fs::remove(sandbox.In("GoZApps/Figmora/GoZ_Info.txt"));
-    exitCode = RunDoctor(L"--json", output);
-    CHECK(exitCode == 1, std::to_string(exitCode) + "\n" + output);
-    CHECK(output.find("\"id\": \"info-missing\"") != std::string::npos, output);
-
-    exitCode = RunDoctor(L"--public", output);
-    CHECK(exitCode == 2, std::to_string(exitCode));
-
+    const struct
+    {
+        const wchar_t* arguments;
+        int exitCode;
+        std::vector<const char*> says;
+        bool withoutInfo;
+    } runs[] = {
+        {L"--json", 0, {"\"canRoundTrip\": true", "\"sameAsRoot\": \"yes\""}, false},
+        {L"", 0, {"Result: a round trip can work."}, false},
+        {L"--public", 2, {"--public needs a folder"}, false},
+        {L"--json", 1, {"\"id\": \"info-missing\""}, true},
+    };
+    for (const auto& run : runs) {
+        if (run.withoutInfo) {
+            fs::remove(sandbox.In("GoZApps/Figmora/GoZ_Info.txt"));
+        }
+        std::string output;
+        const int exitCode = RunDoctor(run.arguments, output);
+        CHECK(exitCode == run.exitCode, std::to_string(exitCode) + "\n" + output);
+        for (const char* text : run.says) {
+            CHECK(output.find(text) != std::string::npos, output);
+        }
+    }
     std::error_code error;
     fs::remove_all(sandbox.m_kRoot, error);
 }
 
-void Run(const char* name, void (*test)())
-{
-    const int failedBefore = g_nFailed;
-    try {
-        test();
-    } catch (const std::exception& error) {
-        Check(false, "no exception", 0, error.what());
-    }
-    std::printf("[%s] %s\n", g_nFailed == failedBefore ? "ok" : "FAILED", name);
-}
-
 } // namespace
-
-#define RUN(test) Run(#test, test)
 
 int main()
 {
-    RUN(SandboxWithAndWithoutAProblem);
-    RUN(RegistryValueThroughTheSystemRegistry);
-    RUN(PublicLookupIgnoresCase);
-    RUN(AccessListDecidesEveryoneWrite);
-    RUN(ProgramOnThePublicFolder);
-    DeleteRegistryProgram();
+    for (void (*test)() : {SandboxWithAndWithoutAProblem, RegistryValueThroughTheSystemRegistry, PublicLookupIgnoresCase,
+                           AccessListDecidesEveryoneWrite, ProgramOnThePublicFolder}) {
+        try {
+            test();
+        } catch (const std::exception& error) {
+            Check(false, "no exception", 0, error.what());
+        }
+    }
+    SetRegistryProgram(nullptr);
     std::printf("%d passed, %d failed\n", g_nPassed, g_nFailed);
     std::fflush(stdout);
     return (g_nFailed == 0 && g_nPassed > 0) ? 0 : 1;

@@ -8,84 +8,11 @@
 #include <QPushButton>
 #include <QThread>
 
-#include <ostream>
-
 using namespace MV;
 using namespace MV::Test;
 
 namespace {
 
-// ---------------------------------------------------------------------------------------
-// One notification, two dialogs: exactly one of them takes a return.
-
-enum class EOrder
-{
-    ReceiveFirst,
-    ExpressionFirst,
-};
-
-struct ShareCase
-{
-    const char* m_pName;
-    EOrder m_eOrder;
-    bool m_bEditing;
-    QStringList m_kReturn;
-    QStringList m_kMotions;
-    bool m_bExpressionShown;
-    bool m_bReceiveShown;
-    QStringList m_kMessages;
-};
-
-void PrintTo(const ShareCase& c, std::ostream* out)
-{
-    *out << c.m_pName;
-}
-
-const QStringList kOrdinary = {"Hat", "Brow_Mesh"};
-const QString kNoExpression = QStringLiteral("[MVGOZBursh] Expression GoZ: No Expression Goz.");
-
-const ShareCase kShareCases[] = {
-    {"ExpressionReceiveFirst", EOrder::ReceiveFirst, true, FullFaceReturn(), {"Brow_Mesh"}, true, false, {}},
-    {"ExpressionExpressionFirst", EOrder::ExpressionFirst, true, FullFaceReturn(), {"Brow_Mesh"}, true, false, {}},
-    {"OrdinaryReceiveFirst", EOrder::ReceiveFirst, false, kOrdinary, {}, false, true, {}},
-    {"OrdinaryExpressionFirst", EOrder::ExpressionFirst, false, kOrdinary, {}, false, true, {}},
-    {"OrdinaryWhileEditingReceiveFirst", EOrder::ReceiveFirst, true, kOrdinary, {}, false, true, {kNoExpression}},
-    {"OrdinaryWhileEditingExpressionFirst", EOrder::ExpressionFirst, true, kOrdinary, {}, false, true,
-     {kNoExpression}},
-};
-
-class SharedNotification : public ExpressionFixture, public ::testing::WithParamInterface<ShareCase>
-{
-};
-
-TEST_P(SharedNotification, ExactlyOneDialogTakesTheReturn)
-{
-    const ShareCase& c = GetParam();
-    FaceScene scene;
-    scene.m_bEditing = c.m_bEditing;
-    StartHost(scene.Json());
-    if (c.m_eOrder == EOrder::ReceiveFirst) {
-        MakeReceiveDialog();
-        MakeExpressionDialog();
-    } else {
-        MakeExpressionDialog();
-        MakeReceiveDialog();
-    }
-    ASSERT_FALSE(HasFatalFailure());
-    WriteReturn(c.m_kReturn, c.m_kMotions);
-
-    m_pHost->RaiseGoZDataUpdated();
-
-    EXPECT_EQ(m_pDialog->isVisible(), c.m_bExpressionShown);
-    EXPECT_EQ(m_pReceive->isVisible(), c.m_bReceiveShown);
-    EXPECT_EQ(m_pReceive->IsExpressionGoZ(), c.m_bExpressionShown);
-    EXPECT_EQ(MessageTexts(), c.m_kMessages);
-}
-
-INSTANTIATE_TEST_SUITE_P(Cases, SharedNotification, ::testing::ValuesIn(kShareCases),
-                         [](const ::testing::TestParamInfo<ShareCase>& info) { return info.param.m_pName; });
-
-// ---------------------------------------------------------------------------------------
 // The whole path of an expression: send, ZBrush's return, import, and a Relink send.
 
 class ExpressionRoundTrip : public ExpressionFixture
@@ -108,7 +35,7 @@ public:
         MakeExpressionDialog();
         m_pSend = std::make_unique<FMToZBrushDlg>(nullptr);
         ASSERT_EQ(m_pSend->Initialize(PluginFolder(), QString(), m_pHost.get()), QV::kOk);
-        m_pSend->SetReceiveDialog(m_pReceive.get());
+        m_pSend->SetReceiveDialog(m_pDialog.get());
     }
 
     void TearDown() override
@@ -190,27 +117,25 @@ TEST_F(ExpressionRoundTrip, PoseNamedAfterTheFirstFaceMeshIsFoundLoadedAndReplac
     WaitForBridgePrograms(2);
     ReturnWhatWasSent();
     m_pHost->RaiseGoZDataUpdated();
-    ASSERT_TRUE(m_pDialog->isVisible());
-    EXPECT_FALSE(m_pReceive->isVisible());
-    EXPECT_EQ(QString::fromStdWString(m_pDialog->ExpressionName()), QStringLiteral("Occlusion_Mesh"));
+    ASSERT_TRUE(m_pExpression->isVisible());
+    EXPECT_FALSE(m_pDialog->isVisible());
+    EXPECT_EQ(QString::fromStdWString(m_pExpression->ExpressionName()), QStringLiteral("Occlusion_Mesh"));
 
     m_pHost->CallLog().Clear();
-    m_pDialog->Ui().qtImportButton->click();
-    EXPECT_FALSE(m_pDialog->isVisible());
+    m_pExpression->Ui().qtImportButton->click();
+    EXPECT_FALSE(m_pExpression->isVisible());
     EXPECT_EQ(CallSequence({"LoadFile"}), QStringList{"LoadFile(" + pose + ", 33, true, -1, -1)"});
     EXPECT_TRUE(QFileInfo(pose).isFile()) << "the host loads the pose the send saved";
-    QStringList updated;
-    for (const Host::CCallRecord& call : Calls("UpdateMeshFromGoZ")) {
-        updated << call.m_kArgs.value(0);
-    }
-    EXPECT_EQ(updated, (QStringList{"ava_occlusion", "ava_tear", "ava_brow", "ava_teeth", "ava_teeth"}));
+    EXPECT_EQ(CallSequence({"UpdateMeshFromGoZ"}, 1),
+              (QStringList{"UpdateMeshFromGoZ(ava_occlusion)", "UpdateMeshFromGoZ(ava_tear)", "UpdateMeshFromGoZ(ava_brow)",
+                           "UpdateMeshFromGoZ(ava_teeth)", "UpdateMeshFromGoZ(ava_teeth)"}));
 
     // The next send of the same face relinks: its pose replaces the one ZBrush came back with.
     WriteFile(pose, "old pose");
     m_pHost->CallLog().Clear();
     SendFace(true);
     ASSERT_FALSE(HasFatalFailure());
-    const QList<Host::CCallRecord> saves = Calls("SaveMotionFile");
+    const QList<Host::CCallRecord> saves = CallsOf("SaveMotionFile");
     ASSERT_EQ(saves.size(), 1);
     EXPECT_EQ(saves[0].m_kArgs.value(1), pose);
     EXPECT_TRUE(ReadFile(pose).startsWith("MOTION-STANDIN")) << "the old pose is replaced";
@@ -222,20 +147,16 @@ TEST_F(ExpressionRoundTrip, PoseNamedAfterTheFirstFaceMeshIsFoundLoadedAndReplac
 
     WaitForBridgePrograms(4);
     ReturnWhatWasSent();
-    m_pDialog->hide();
+    m_pExpression->hide();
     m_pHost->CallLog().Clear();
     m_pHost->RaiseGoZDataUpdated();
-    ASSERT_TRUE(m_pDialog->isVisible()) << "the renamed teeth still hold their part names";
-    EXPECT_EQ(QString::fromStdWString(m_pDialog->ExpressionName()), QStringLiteral("Occlusion_Mesh"));
-    ASSERT_EQ(m_pDialog->ImportGoZMesh(), QV::kOk);
+    ASSERT_TRUE(m_pExpression->isVisible()) << "the renamed teeth still hold their part names";
+    EXPECT_EQ(QString::fromStdWString(m_pExpression->ExpressionName()), QStringLiteral("Occlusion_Mesh"));
+    ASSERT_EQ(m_pExpression->ImportGoZMesh(), QV::kOk);
     EXPECT_EQ(CallSequence({"LoadFile"}), QStringList{"LoadFile(" + pose + ", 33, true, -1, -1)"});
-    QStringList teethFiles;
-    for (const Host::CCallRecord& call : Calls("UpdateMeshFromGoZ")) {
-        if (call.m_kArgs.value(0) == QLatin1String("ava_teeth")) {
-            teethFiles << call.m_kArgs.value(1);
-        }
-    }
-    EXPECT_EQ(teethFiles, (QStringList{"FM_Base_Upper_Teeth_1.GoZ", "FM_Base_Lower_Teeth_1.GoZ"}));
+    EXPECT_EQ(CallSequence({"UpdateMeshFromGoZ"}, 2).filter("ava_teeth"),
+              (QStringList{"UpdateMeshFromGoZ(ava_teeth, FM_Base_Upper_Teeth_1.GoZ)",
+                           "UpdateMeshFromGoZ(ava_teeth, FM_Base_Lower_Teeth_1.GoZ)"}));
 }
 
 } // namespace

@@ -2,12 +2,13 @@
 
 #include "CGuiSession.h"
 #include "CHostWindow.h"
+#include "CPluginHost.h"
 #include "CReferenceHost.h"
 #include "CScene.h"
 
+#include <QAction>
 #include <QCoreApplication>
 #include <QEvent>
-#include <QString>
 #include <QTreeWidget>
 #include <QTreeWidgetItemIterator>
 
@@ -17,11 +18,6 @@
 
 namespace MV {
 namespace Test {
-
-inline QString PluginPath()
-{
-    return QStringLiteral(MVGOZ_PLUGIN_DIR "/MVGoZBrush.so");
-}
 
 inline QTreeWidgetItem* TreeItem(QTreeWidget* tree, const QString& id)
 {
@@ -42,7 +38,7 @@ public:
         QString error;
         ASSERT_EQ(m_kSession.Prepare(Host::CHostWindow::DefaultScene(), error), QV::kOk) << error.toStdString();
         Host::CGuiOptions options;
-        options.m_strPlugin = PluginPath();
+        options.m_strPlugin = QStringLiteral(MVGOZ_PLUGIN_DIR "/MVGoZBrush.so");
         ASSERT_EQ(m_kSession.Start(options, error), QV::kOk) << error.toStdString();
         m_pWindow = std::make_unique<Host::CHostWindow>(m_kSession);
     }
@@ -57,6 +53,7 @@ public:
 
     Host::CReferenceHost& Host() { return m_kSession.Host(); }
     const Host::CSceneObject& Object(const QString& id) { return *Host().Scene().Find(id); }
+    QAction* PluginAction(const char* name) { return m_kSession.Plugins().FindAction(QString::fromLatin1(name)); }
 
     Host::CGuiSession m_kSession;
     std::unique_ptr<Host::CHostWindow> m_pWindow;

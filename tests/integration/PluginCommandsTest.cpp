@@ -3,21 +3,21 @@
 #include "CReferenceHost.h"
 #include "CReport.h"
 #include "CRunSession.h"
+#include "ReportJson.h"
 
-#include <QJsonArray>
-#include <QJsonDocument>
-#include <QJsonObject>
 #include <QDialog>
-#include <QMenu>
-#include <QToolBar>
 #include <QFile>
+#include <QJsonDocument>
 #include <QMainWindow>
+#include <QMenu>
 #include <QPluginLoader>
 #include <QTemporaryDir>
+#include <QToolBar>
 
 #include <gtest/gtest.h>
 
 using namespace MV::Host;
+using namespace MV::Test;
 
 namespace {
 
@@ -62,179 +62,108 @@ QJsonObject RunSteps(const QByteArray& steps, bool installZBrush = true, const Q
 // "goz/expression" enabled state of the last snapshot.
 QString LastState(const QJsonObject& report)
 {
-    const QJsonArray snapshots = report.value(QStringLiteral("action_snapshots")).toArray();
+    const QJsonArray snapshots = Array(report, "action_snapshots");
     if (snapshots.isEmpty()) {
         return QStringLiteral("<no snapshot>");
     }
-    bool goz = false;
-    bool expression = false;
-    for (const QJsonValue& action : snapshots.last().toObject().value(QStringLiteral("actions")).toArray()) {
-        const QJsonObject a = action.toObject();
-        if (a.value(QStringLiteral("name")).toString() == QLatin1String("qtGoZAction")) {
-            goz = a.value(QStringLiteral("enabled")).toBool();
-        }
-        if (a.value(QStringLiteral("name")).toString() == QLatin1String("qtExpressionGoZAction")) {
-            expression = a.value(QStringLiteral("enabled")).toBool();
-        }
-    }
-    return QStringLiteral("%1/%2").arg(goz ? "goz" : "-", expression ? "expr" : "-");
+    const auto enabled = [&snapshots](const char* name) {
+        return Entry(snapshots.last().toObject(), "actions", "name", QLatin1String(name))
+            .value(QStringLiteral("enabled"))
+            .toBool();
+    };
+    return QStringLiteral("%1/%2").arg(enabled("qtGoZAction") ? "goz" : "-",
+                                       enabled("qtExpressionGoZAction") ? "expr" : "-");
 }
 
-QStringList Messages(const QJsonObject& report)
-{
-    QStringList texts;
-    for (const QJsonValue& box : report.value(QStringLiteral("message_boxes")).toArray()) {
-        texts << box.toObject().value(QStringLiteral("text")).toString();
-    }
-    return texts;
-}
-
-QStringList Operations(const QJsonObject& report)
-{
-    QStringList operations;
-    for (const QJsonValue& call : report.value(QStringLiteral("call_log")).toArray()) {
-        operations << call.toObject().value(QStringLiteral("operation")).toString();
-    }
-    return operations;
-}
+const QString kAppFolder = QStringLiteral("C:/Users/Public/Pixologic/GoZApps/Figmora/");
 
 bool HasFile(const QJsonObject& report, const QString& path)
 {
-    for (const QJsonValue& file : report.value(QStringLiteral("files")).toArray()) {
-        if (file.toObject().value(QStringLiteral("path")).toString() == path) {
-            return true;
-        }
-    }
-    return false;
+    return !Entry(report, "files", "path", path).isEmpty();
 }
 
-TEST(PluginModule, MetadataNamesTheInterfaceAndClass)
+int DialogDumps(const QJsonObject& report)
 {
-    QPluginLoader loader(QStringLiteral(MVGOZ_PLUGIN_MODULE));
-    const QJsonObject meta = loader.metaData();
-    EXPECT_EQ(meta.value(QStringLiteral("IID")).toString(), QStringLiteral("Quorvane.Mirava.CPluginInterface/7.0"));
-    EXPECT_EQ(meta.value(QStringLiteral("className")).toString(), QStringLiteral("CGoZBrushPlugin"));
+    return Array(report, "dialog_dumps").size();
 }
 
-TEST(PluginModule, LoadsWithItsMenusToolBarAndRegistration)
+TEST(PluginModule, LoadsWithItsMetadataMenusToolBarAndRegistration)
 {
+    const QJsonObject meta = QPluginLoader(QStringLiteral(MVGOZ_PLUGIN_MODULE)).metaData();
+    EXPECT_EQ(Text(meta, "IID"), QStringLiteral("Quorvane.Mirava.CPluginInterface/7.0"));
+    EXPECT_EQ(Text(meta, "className"), QStringLiteral("CGoZBrushPlugin"));
+
     const QJsonObject report = RunSteps("[]");
     const QJsonObject plugin = report.value(QStringLiteral("plugin")).toObject();
     ASSERT_TRUE(plugin.value(QStringLiteral("loaded")).toBool()) << QJsonDocument(plugin).toJson().toStdString();
-    EXPECT_EQ(plugin.value(QStringLiteral("initialize_result")).toString(), QStringLiteral("0x00000000"));
-    EXPECT_EQ(plugin.value(QStringLiteral("finalize_result")).toString(), QStringLiteral("0x00000001"));
-    EXPECT_EQ(plugin.value(QStringLiteral("compatible_apps")).toString(), QStringLiteral("0x01800007"));
-    QStringList menus;
-    for (const QJsonValue& menu : plugin.value(QStringLiteral("menus")).toArray()) {
-        menus << menu.toObject().value(QStringLiteral("name")).toString();
-    }
-    EXPECT_EQ(menus, (QStringList{QStringLiteral("qtFileMenu"), QStringLiteral("menuGoZ")}));
-    ASSERT_EQ(plugin.value(QStringLiteral("tool_bars")).toArray().size(), 1);
-    EXPECT_EQ(plugin.value(QStringLiteral("tool_bars")).toArray()[0].toObject().value(QStringLiteral("name")),
-              QStringLiteral("qtPluginsToolBar"));
-    EXPECT_EQ(report.value(QStringLiteral("plugin_registrations")).toArray().size(), 1);
+    EXPECT_EQ(Text(plugin, "initialize_result"), QStringLiteral("0x00000000"));
+    EXPECT_EQ(Text(plugin, "finalize_result"), QStringLiteral("0x00000001"));
+    EXPECT_EQ(Text(plugin, "compatible_apps"), QStringLiteral("0x01800007"));
+    EXPECT_EQ(Field(plugin, "menus", "name"), (QStringList{QStringLiteral("qtFileMenu"), QStringLiteral("menuGoZ")}));
+    EXPECT_EQ(Field(plugin, "tool_bars", "name"), QStringList{QStringLiteral("qtPluginsToolBar")});
+    EXPECT_EQ(Array(report, "plugin_registrations").size(), 1);
     const QStringList ops = Operations(report);
     EXPECT_LT(ops.indexOf(QStringLiteral("GetMainWindow")), ops.indexOf(QStringLiteral("GetPluginValue")));
 }
 
-struct AvailabilityCase
-{
-    const char* name;
-    const char* steps;
-    const char* state;
-};
-
-void PrintTo(const AvailabilityCase& c, std::ostream* out)
-{
-    *out << c.name;
-}
-
-class CommandAvailability : public ::testing::TestWithParam<AvailabilityCase>
-{
-};
-
-TEST_P(CommandAvailability, FollowsSelectionAndModes)
-{
-    const AvailabilityCase& c = GetParam();
-    const QJsonObject report = RunSteps(QByteArray("[") + c.steps + ", {\"step\": \"snapshot_actions\"}]");
-    EXPECT_EQ(LastState(report), QLatin1String(c.state));
-}
-
-INSTANTIATE_TEST_SUITE_P(
-    Commands, CommandAvailability,
-    ::testing::Values(
-        AvailabilityCase{"NothingSelected", R"({"step": "select", "ids": ["k1"]}, {"step": "select", "ids": []})", "-/-"},
-        AvailabilityCase{"Kind1", R"({"step": "select", "ids": ["k1"]})", "goz/-"},
-        AvailabilityCase{"Kinds2_3_14_18", R"({"step": "select", "ids": ["k2", "k3", "k14", "k18"]})", "goz/-"},
-        AvailabilityCase{"Kind7", R"({"step": "select", "ids": ["k7"]})", "-/-"},
-        AvailabilityCase{"Kind0", R"({"step": "select", "ids": ["k0"]})", "-/-"},
-        AvailabilityCase{"Kind19", R"({"step": "select", "ids": ["k19"]})", "-/-"},
-        AvailabilityCase{"HugeKind", R"({"step": "select", "ids": ["kbig"]})", "-/-"},
-        AvailabilityCase{"OneBadObjectDisablesAll", R"({"step": "select", "ids": ["k1", "k7", "k2"]})", "-/-"},
-        AvailabilityCase{"NodeTypeOverridesKind", R"({"step": "select", "ids": ["typed2"]})", "goz/-"},
-        AvailabilityCase{"NoNodeTypeKeepsKindTest", R"({"step": "select", "ids": ["untyped2"]})", "-/-"},
-        AvailabilityCase{"OtherNodeTypeKeepsKindTest", R"({"step": "select", "ids": ["typed9"]})", "goz/-"},
-        AvailabilityCase{"SupportedCharacter", R"({"step": "select", "ids": ["hero"]})", "goz/-"},
-        AvailabilityCase{"RefusedCharacterTag", R"({"step": "select", "ids": ["legacy"]})", "-/-"},
-        AvailabilityCase{"ExpressionEditing",
-                         R"({"step": "set_current_avatar", "id": "hero"},
-                            {"step": "set_expression_editing", "id": "hero", "editing": true},
-                            {"step": "select", "ids": ["k1"]})",
-                         "-/expr"},
-        AvailabilityCase{"ExpressionEditingNothingSelected",
-                         R"({"step": "set_current_avatar", "id": "hero"},
-                            {"step": "set_expression_editing", "id": "hero", "editing": true},
-                            {"step": "raise_data_changed", "edit_blend_shape": true})",
-                         "-/expr"},
-        AvailabilityCase{"OtherDataEventIgnored",
-                         R"({"step": "select", "ids": ["k1"]}, {"step": "set_current_avatar", "id": "hero"},
-                            {"step": "set_expression_editing", "id": "hero", "editing": true},
-                            {"step": "raise_data_changed", "edit_blend_shape": false})",
-                         "goz/-"},
-        AvailabilityCase{"PlaybackDisablesBoth",
-                         R"({"step": "select", "ids": ["hero"]}, {"step": "set_playing", "playing": true})", "-/-"},
-        AvailabilityCase{"StopReevaluates",
-                         R"({"step": "set_playing", "playing": true}, {"step": "select", "ids": ["hero"]},
-                            {"step": "set_playing", "playing": true}, {"step": "set_playing", "playing": false})",
-                         "goz/-"},
-        AvailabilityCase{"FailingTagLeavesActions",
-                         R"({"step": "select", "ids": ["k1"]},
-                            {"step": "fail", "operation": "GetCharacterTag", "code": "0x80000000"},
-                            {"step": "select", "ids": ["hero"]})",
-                         "goz/-"},
-        AvailabilityCase{"FailingQueryLeavesActions",
-                         R"({"step": "select", "ids": ["k1"]},
-                            {"step": "fail", "operation": "GetAvatarType", "code": "0x80000000"},
-                            {"step": "select", "ids": ["k7"]})",
-                         "goz/-"}),
-    [](const ::testing::TestParamInfo<AvailabilityCase>& info) { return std::string(info.param.name); });
-
-// Each way the bridge install fails has its message, and the send dialog stays closed.
-TEST(PluginCommands, BridgeInstallFailuresStopBeforeTheDialog)
+// Which commands are enabled after each script, as its last snapshot shows them.
+TEST(PluginCommands, AvailabilityFollowsSelectionAndModes)
 {
     const struct
     {
         const char* name;
-        bool zbrush;
-        const char* appFolder;
-        const char* message;
+        const char* steps;
+        const char* state;
     } cases[] = {
-        {"no ZBrush", false, "absent", "[MVGoZBursh] Please install ZBrush"},
-        {"folder can't be made", true, "file", "[MVGoZBursh] Fail to create dir"},
-        {"stale launcher can't be replaced", true, "locked_launcher", "[MVGoZBursh] Fail to copy necessary files"},
+        {"NothingSelected", R"({"step": "select", "ids": ["k1"]}, {"step": "select", "ids": []})", "-/-"},
+        {"Kind1", R"({"step": "select", "ids": ["k1"]})", "goz/-"},
+        {"Kinds2_3_14_18", R"({"step": "select", "ids": ["k2", "k3", "k14", "k18"]})", "goz/-"},
+        {"Kind7", R"({"step": "select", "ids": ["k7"]})", "-/-"},
+        {"Kind0", R"({"step": "select", "ids": ["k0"]})", "-/-"},
+        {"Kind19", R"({"step": "select", "ids": ["k19"]})", "-/-"},
+        {"HugeKind", R"({"step": "select", "ids": ["kbig"]})", "-/-"},
+        {"OneBadObjectDisablesAll", R"({"step": "select", "ids": ["k1", "k7", "k2"]})", "-/-"},
+        {"NodeTypeOverridesKind", R"({"step": "select", "ids": ["typed2"]})", "goz/-"},
+        {"NoNodeTypeKeepsKindTest", R"({"step": "select", "ids": ["untyped2"]})", "-/-"},
+        {"OtherNodeTypeKeepsKindTest", R"({"step": "select", "ids": ["typed9"]})", "goz/-"},
+        {"SupportedCharacter", R"({"step": "select", "ids": ["hero"]})", "goz/-"},
+        {"RefusedCharacterTag", R"({"step": "select", "ids": ["legacy"]})", "-/-"},
+        {"ExpressionEditing",
+         R"({"step": "set_current_avatar", "id": "hero"},
+            {"step": "set_expression_editing", "id": "hero", "editing": true},
+            {"step": "select", "ids": ["k1"]})",
+         "-/expr"},
+        {"ExpressionEditingNothingSelected",
+         R"({"step": "set_current_avatar", "id": "hero"},
+            {"step": "set_expression_editing", "id": "hero", "editing": true},
+            {"step": "raise_data_changed", "edit_blend_shape": true})",
+         "-/expr"},
+        {"OtherDataEventIgnored",
+         R"({"step": "select", "ids": ["k1"]}, {"step": "set_current_avatar", "id": "hero"},
+            {"step": "set_expression_editing", "id": "hero", "editing": true},
+            {"step": "raise_data_changed", "edit_blend_shape": false})",
+         "goz/-"},
+        {"PlaybackDisablesBoth",
+         R"({"step": "select", "ids": ["hero"]}, {"step": "set_playing", "playing": true})", "-/-"},
+        {"StopReevaluates",
+         R"({"step": "set_playing", "playing": true}, {"step": "select", "ids": ["hero"]},
+            {"step": "set_playing", "playing": true}, {"step": "set_playing", "playing": false})",
+         "goz/-"},
+        {"FailingTagLeavesActions",
+         R"({"step": "select", "ids": ["k1"]},
+            {"step": "fail", "operation": "GetCharacterTag", "code": "0x80000000"},
+            {"step": "select", "ids": ["hero"]})",
+         "goz/-"},
+        {"FailingQueryLeavesActions",
+         R"({"step": "select", "ids": ["k1"]},
+            {"step": "fail", "operation": "GetAvatarType", "code": "0x80000000"},
+            {"step": "select", "ids": ["k7"]})",
+         "goz/-"},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.name);
-        const QJsonObject report = RunSteps(R"([{"step": "select", "ids": ["k1"]},
-                                           {"step": "trigger", "action": "qtGoZAction"},
-                                           {"step": "dump_dialog"}])",
-                                            c.zbrush, QJsonObject{{"goz_app_folder", c.appFolder}});
-        EXPECT_EQ(Messages(report), QStringList{QLatin1String(c.message)});
-        EXPECT_FALSE(HasFile(report, QStringLiteral("C:/Users/Public/Pixologic/GoZApps/Figmora/GoZ_Config.txt")));
-        const QJsonArray steps = report.value(QStringLiteral("steps")).toArray();
-        EXPECT_EQ(steps.last().toObject().value(QStringLiteral("status")).toString(), QStringLiteral("failed"))
-            << "no dialog to dump";
-        EXPECT_TRUE(report.value(QStringLiteral("dialog_dumps")).toArray().isEmpty());
+        const QJsonObject report = RunSteps(QByteArray("[") + c.steps + ", {\"step\": \"snapshot_actions\"}]");
+        EXPECT_EQ(LastState(report), QLatin1String(c.state));
     }
 }
 
@@ -258,96 +187,71 @@ TEST(PluginCommands, OnlyExpressionGoZSendsThePose)
         SCOPED_TRACE(c.name);
         const QJsonObject report = RunSteps(R"([{"step": "set_current_avatar", "id": "hero"}, )" + QByteArray(c.command) +
                                             R"(, {"step": "click", "widget": "qtGoZButton"}])");
-        ASSERT_TRUE(report.value(QStringLiteral("ok")).toBool())
-            << QJsonDocument(report.value(QStringLiteral("steps")).toArray()).toJson().toStdString();
+        ASSERT_TRUE(report.value(QStringLiteral("ok")).toBool()) << QJsonDocument(Array(report, "steps")).toJson().toStdString();
         EXPECT_EQ(Operations(report).count(QStringLiteral("SaveMotionFile")), c.poseSaves);
         EXPECT_GT(Operations(report).count(QStringLiteral("ExportGoZ")), 0);
     }
 }
 
-TEST(PluginCommands, FailedExpressionGoZKeepsTheFacePartsSelected)
+// What the GoZ command checks before it opens the dialog: the selection, then the bridge
+// install, each way of failing with its message and the dialog left closed.
+TEST(PluginCommands, CommandChecksTheSelectionAndTheBridgeFirst)
 {
-    const QJsonObject report = RunSteps(R"([{"step": "select", "ids": ["k1"]},
-                                       {"step": "set_current_avatar", "id": "hero"},
-                                       {"step": "raise_expression_goz"}])",
-                                        false);
-    EXPECT_EQ(Messages(report), QStringList{QStringLiteral("[MVGoZBursh] Please install ZBrush")});
-    QStringList selection;
-    for (const QJsonValue& id : report.value(QStringLiteral("final_state")).toObject().value(QStringLiteral("selection")).toArray()) {
-        selection << id.toString();
-    }
-    EXPECT_EQ(selection, (QStringList{QStringLiteral("hero_eyeocc"), QStringLiteral("hero_tear"),
-                                      QStringLiteral("hero_hair"), QStringLiteral("hero_teeth")}));
-}
-
-TEST(PluginCommands, GoZInstallsTheBridgeAndOpensTheDialog)
-{
-    const QJsonObject report = RunSteps(R"([{"step": "select", "ids": ["k1"]},
-                                       {"step": "trigger", "action": "qtGoZAction"},
-                                       {"step": "dump_dialog"},
-                                       {"step": "click", "widget": "qtCancelButton"}])");
-    EXPECT_TRUE(Messages(report).isEmpty());
-    EXPECT_TRUE(HasFile(report, QStringLiteral("C:/Users/Public/Pixologic/GoZApps/Figmora/GoZBrushToFM.exe")));
-    EXPECT_TRUE(HasFile(report, QStringLiteral("C:/Users/Public/Pixologic/GoZApps/Figmora/GoZ_Config.txt")));
-    ASSERT_EQ(report.value(QStringLiteral("dialog_dumps")).toArray().size(), 1);
-    EXPECT_TRUE(report.value(QStringLiteral("ok")).toBool());
-}
-
-// What the GoZ command checks before it installs the bridge and opens the dialog.
-TEST(PluginCommands, CommandChecksTheSelectionFirst)
-{
+    const char* k1 = R"({"step": "select", "ids": ["k1"]})";
     const struct
     {
         const char* name;
         const char* steps;
         bool opens;
         const char* message;
+        bool zbrush;
+        const char* appFolder; // the sandbox's goz_app_folder, or null
     } cases[] = {
-        {"supported character", R"({"step": "select", "ids": ["hero"]})", true, nullptr},
+        {"prop", k1, true, nullptr, true, nullptr},
+        {"supported character", R"({"step": "select", "ids": ["hero"]})", true, nullptr, true, nullptr},
         {"refused character", R"({"step": "select", "ids": ["k1"]},
                                  {"step": "fail", "operation": "GetAvatarType", "code": "0x80000000", "nth": 1},
-                                 {"step": "select", "ids": ["legacy"]})", false, "[MVGoZBursh] Unsupport Avatar"},
+                                 {"step": "select", "ids": ["legacy"]})", false, "[MVGoZBursh] Unsupport Avatar", true, nullptr},
         {"selection unreadable", R"({"step": "select", "ids": ["k1"]},
                                     {"step": "fail", "operation": "GetSelectedObjects", "code": "0x80000000"})",
-         false, nullptr},
+         false, nullptr, true, nullptr},
+        {"host not ready", R"({"step": "select", "ids": ["k1"]},
+                              {"step": "fail", "operation": "ReadyForCommand", "code": "0x80000000"})",
+         false, nullptr, true, nullptr},
+        {"no ZBrush", k1, false, "[MVGoZBursh] Please install ZBrush", false, "absent"},
+        {"folder can't be made", k1, false, "[MVGoZBursh] Fail to create dir", true, "file"},
+        {"stale launcher can't be replaced", k1, false, "[MVGoZBursh] Fail to copy necessary files", true, "locked_launcher"},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.name);
-        const QJsonObject report = RunSteps("[" + QByteArray(c.steps) + R"(, {"step": "trigger", "action": "qtGoZAction"},
-                                            {"step": "dump_dialog"}])");
+        const QJsonObject report =
+            RunSteps("[" + QByteArray(c.steps) + R"(, {"step": "trigger", "action": "qtGoZAction"},
+                     {"step": "dump_dialog"}, {"step": "click", "widget": "qtCancelButton"}])",
+                     c.zbrush, c.appFolder ? QJsonObject{{"goz_app_folder", c.appFolder}} : QJsonObject());
         EXPECT_EQ(Messages(report), c.message ? QStringList{QLatin1String(c.message)} : QStringList());
-        EXPECT_EQ(report.value(QStringLiteral("dialog_dumps")).toArray().size(), c.opens ? 1 : 0);
-        EXPECT_EQ(HasFile(report, QStringLiteral("C:/Users/Public/Pixologic/GoZApps/Figmora/GoZ_Config.txt")), c.opens);
+        EXPECT_EQ(DialogDumps(report), c.opens ? 1 : 0);
+        EXPECT_EQ(HasFile(report, kAppFolder + QStringLiteral("GoZ_Config.txt")), c.opens);
+        EXPECT_TRUE(!c.opens || HasFile(report, kAppFolder + QStringLiteral("GoZBrushToFM.exe")));
     }
 }
 
-TEST(PluginCommands, ReadyForCommandRefusalIsSilent)
+// The expression command selects the face parts; they stay selected when the send stops.
+TEST(PluginCommands, ExpressionGoZSelectsTheFaceParts)
 {
-    const QJsonObject report = RunSteps(R"([{"step": "select", "ids": ["k1"]},
-                                       {"step": "fail", "operation": "ReadyForCommand", "code": "0x80000000"},
-                                       {"step": "trigger", "action": "qtGoZAction"}])");
-    EXPECT_TRUE(Messages(report).isEmpty());
-    EXPECT_FALSE(Operations(report).contains(QStringLiteral("GetSelectedObjects")) &&
-                 Operations(report).lastIndexOf(QStringLiteral("GetSelectedObjects")) >
-                     Operations(report).lastIndexOf(QStringLiteral("ReadyForCommand")));
-    EXPECT_TRUE(report.value(QStringLiteral("dialog_dumps")).toArray().isEmpty());
-}
-
-TEST(PluginCommands, ExpressionGoZReplacesTheSelectionWithFaceParts)
-{
-    const QJsonObject report = RunSteps(R"([{"step": "select", "ids": ["k1"]},
-                                       {"step": "set_current_avatar", "id": "hero"},
-                                       {"step": "raise_expression_goz"},
-                                       {"step": "dump_dialog"},
-                                       {"step": "click", "widget": "qtCancelButton"}])");
-    const QJsonObject state = report.value(QStringLiteral("final_state")).toObject();
-    QStringList selection;
-    for (const QJsonValue& id : state.value(QStringLiteral("selection")).toArray()) {
-        selection << id.toString();
+    for (const bool zbrush : {true, false}) {
+        SCOPED_TRACE(zbrush ? "ZBrush installed" : "no ZBrush");
+        const QJsonObject report = RunSteps(R"([{"step": "select", "ids": ["k1"]},
+                                           {"step": "set_current_avatar", "id": "hero"},
+                                           {"step": "raise_expression_goz"},
+                                           {"step": "dump_dialog"},
+                                           {"step": "click", "widget": "qtCancelButton"}])",
+                                            zbrush);
+        EXPECT_EQ(Messages(report), zbrush ? QStringList() : QStringList{QStringLiteral("[MVGoZBursh] Please install ZBrush")});
+        EXPECT_EQ(Strings(report.value(QStringLiteral("final_state")).toObject().value(QStringLiteral("selection"))),
+                  (QStringList{QStringLiteral("hero_eyeocc"), QStringLiteral("hero_tear"), QStringLiteral("hero_hair"),
+                               QStringLiteral("hero_teeth")}));
+        EXPECT_EQ(DialogDumps(report), zbrush ? 1 : 0);
     }
-    EXPECT_EQ(selection, (QStringList{QStringLiteral("hero_eyeocc"), QStringLiteral("hero_tear"),
-                                      QStringLiteral("hero_hair"), QStringLiteral("hero_teeth")}));
-    EXPECT_EQ(report.value(QStringLiteral("dialog_dumps")).toArray().size(), 1);
 }
 
 TEST(PluginCommands, ExpressionGoZWithoutCharacterDoesNothing)
@@ -357,55 +261,6 @@ TEST(PluginCommands, ExpressionGoZWithoutCharacterDoesNothing)
                                        {"step": "raise_expression_goz"}])");
     EXPECT_EQ(Operations(report), QStringList{QStringLiteral("GetCurrentAvatar")});
     EXPECT_TRUE(Messages(report).isEmpty());
-}
-
-QJsonObject FileEntry(const QJsonObject& report, const QString& path)
-{
-    for (const QJsonValue& file : report.value(QStringLiteral("files")).toArray()) {
-        if (file.toObject().value(QStringLiteral("path")).toString() == path) {
-            return file.toObject();
-        }
-    }
-    return {};
-}
-
-// The whole send half as a user drives it: send, send again, relink the row, send.
-TEST(PluginSendScript, SecondSendRelinksThroughTheTable)
-{
-    const QJsonObject report = RunSteps(R"([{"step": "select", "ids": ["k3"]},
-        {"step": "trigger", "action": "qtGoZAction"},
-        {"step": "click", "widget": "qtGoZButton"},
-        {"step": "wait_processes", "count": 2, "timeout_ms": 10000},
-        {"step": "trigger", "action": "qtGoZAction"},
-        {"step": "dump_dialog"},
-        {"step": "table_combo_choose", "table": "qtFMGoZToZBrushTableWidget", "row": 0, "column": 1,
-         "text": "[MVGoZBursh] Relink"},
-        {"step": "dump_dialog"},
-        {"step": "click", "widget": "qtGoZButton"},
-        {"step": "wait_processes", "count": 4, "timeout_ms": 10000}])");
-    ASSERT_TRUE(report.value(QStringLiteral("ok")).toBool()) << QJsonDocument(report.value(QStringLiteral("steps")).toArray()).toJson().toStdString();
-    const QJsonArray dumps = report.value(QStringLiteral("dialog_dumps")).toArray();
-    ASSERT_EQ(dumps.size(), 2);
-    QJsonObject template0;
-    QJsonObject template1;
-    for (const QJsonValue& widget : dumps[0].toObject().value(QStringLiteral("widgets")).toArray()) {
-        if (widget.toObject().value(QStringLiteral("name")).toString() == QLatin1String("qtTemplateComboBox")) {
-            template0 = widget.toObject();
-        }
-    }
-    for (const QJsonValue& widget : dumps[1].toObject().value(QStringLiteral("widgets")).toArray()) {
-        if (widget.toObject().value(QStringLiteral("name")).toString() == QLatin1String("qtTemplateComboBox")) {
-            template1 = widget.toObject();
-        }
-    }
-    EXPECT_EQ(template0.value(QStringLiteral("current_index")).toInt(), 0);
-    EXPECT_TRUE(template0.value(QStringLiteral("hidden_rows")).toArray().isEmpty()) << "every row can relink";
-    EXPECT_EQ(template1.value(QStringLiteral("current_index")).toInt(), 1) << "the one row now relinks";
-    EXPECT_EQ(FileEntry(report, QStringLiteral("C:/Users/Public/Pixologic/GoZApps/Figmora/GoZ_ObjectList.txt"))
-                  .value(QStringLiteral("text"))
-                  .toString(),
-              QStringLiteral("C:/Users/Public/Pixologic/GoZProjects/Default/k3\n"));
-    EXPECT_EQ(report.value(QStringLiteral("processes")).toArray().size(), 4);
 }
 
 TEST(PluginModule, MissingResourceFileFailsInitialize)
@@ -423,10 +278,6 @@ TEST(PluginModule, MissingResourceFileFailsInitialize)
     }
     EXPECT_TRUE(host.MainWindow()->findChildren<QDialog*>().isEmpty()) << "no dialog before the form loads";
 }
-
-} // namespace
-
-namespace {
 
 // The host may hand in lists that already hold entries; the plug-in's go after them, and one
 // the host has destroyed is handed on as a null in its place.

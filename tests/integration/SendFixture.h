@@ -7,13 +7,11 @@
 #include "FMToZBrushDlg.h"
 #include "GoZPaths.h"
 #include "QtPrinters.h"
+#include "TestFiles.h"
 #include "ZBrushToFMDlg.h"
 
-#include <QByteArray>
 #include <QComboBox>
-#include <QDir>
 #include <QElapsedTimer>
-#include <QFile>
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
@@ -25,7 +23,6 @@
 
 #include <memory>
 #include <ostream>
-
 
 namespace MV {
 namespace Test {
@@ -56,20 +53,6 @@ const QByteArray kSendScene = R"({
   "registry": {"SOFTWARE\\Quorvane\\Figmora\\4.0": {"Main Program": "C:\\Program Files\\Figmora\\Figmora.exe"}}
 })";
 
-inline QByteArray ReadFile(const QString& path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("<missing>");
-}
-
-inline void WriteFile(const QString& path, const QByteArray& bytes)
-{
-    QDir().mkpath(QFileInfo(path).absolutePath());
-    QFile file(path);
-    ASSERT_TRUE(file.open(QIODevice::WriteOnly | QIODevice::Truncate));
-    file.write(bytes);
-}
-
 // A sandbox with ZBrush and the installed bridge, a reference host over a scene, and the
 // send dialog linked to a receive dialog, all in this process.
 class SendFixture : public ::testing::Test
@@ -77,10 +60,9 @@ class SendFixture : public ::testing::Test
 public:
     static QString PluginFolder() { return QStringLiteral(MVGOZ_PLUGIN_DIR "/"); }
 
-    void Start(const QByteArray& sceneJson, bool installZBrush = true)
+    void Start(const QByteArray& sceneJson)
     {
         QString error;
-        m_kSandbox.SetInstallZBrush(installZBrush);
         ASSERT_EQ(m_kSandbox.Create(error), QV::kOk) << error.toStdString();
         auto scene = std::make_unique<Host::CScene>();
         ASSERT_EQ(scene->Parse(sceneJson, error), QV::kOk) << error.toStdString();
@@ -88,10 +70,8 @@ public:
         ASSERT_EQ(m_pHost->WriteRegistryFile(m_kSandbox.RegistryFilePath(), error), QV::kOk) << error.toStdString();
         ASSERT_TRUE(QResource::registerResource(PluginFolder() + QStringLiteral("MVGoZBrush.rcc")));
         m_bResource = true;
-        if (installZBrush) {
-            ASSERT_EQ(CBridgeInstaller(Root(), PluginFolder()).Install(QDir::currentPath()),
-                      CBridgeInstaller::EStatus::Installed);
-        }
+        ASSERT_EQ(CBridgeInstaller(Root(), PluginFolder()).Install(QDir::currentPath()),
+                  CBridgeInstaller::EStatus::Installed);
         m_pReceive = std::make_unique<ZBrushToFMDlg>(nullptr);
         ASSERT_EQ(m_pReceive->Initialize(PluginFolder(), QString(), m_pHost.get()), QV::kOk);
         m_pDialog = std::make_unique<FMToZBrushDlg>(nullptr);
@@ -131,16 +111,15 @@ public:
     QString Project() const { return Root() + QLatin1String(GoZPaths::kProjectsDefault); }
     QString App() const { return Root() + QLatin1String(GoZPaths::kFigmoraApp); }
     QTableWidget* Table() const { return m_pDialog->Ui().qtFMGoZToZBrushTableWidget; }
+    QComboBox* RowCombo(int row) const { return qobject_cast<QComboBox*>(Table()->cellWidget(row, 1)); }
     QString Cell(int row, int column) const
     {
         if (column == 1) {
-            auto* combo = qobject_cast<QComboBox*>(Table()->cellWidget(row, 1));
-            return combo != nullptr ? combo->currentText() : QStringLiteral("<no combo>");
+            return RowCombo(row) != nullptr ? RowCombo(row)->currentText() : QStringLiteral("<no combo>");
         }
         QTableWidgetItem* item = Table()->item(row, column);
         return item != nullptr ? item->text() : QStringLiteral("<no item>");
     }
-    QComboBox* RowCombo(int row) const { return qobject_cast<QComboBox*>(Table()->cellWidget(row, 1)); }
 
     QList<Host::CCallRecord> Calls(const char* operation) const
     {

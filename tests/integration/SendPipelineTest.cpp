@@ -2,6 +2,7 @@
 
 #include <QCheckBox>
 #include <QGroupBox>
+#include <QListView>
 #include <QPushButton>
 #include <QRadioButton>
 
@@ -11,7 +12,6 @@ using namespace MV;
 using namespace MV::Test;
 
 namespace {
-
 
 const QByteArray kProjectPrefix = "C:/Users/Public/Pixologic/GoZProjects/Default/";
 
@@ -60,48 +60,37 @@ TEST_F(SendPipeline, CharacterSendWritesExchangeFilesByteForByte)
     EXPECT_TRUE(m_pReceive->Ui().qtBindPoseRadioButton->isChecked());
 }
 
-TEST_F(SendPipeline, SecondSendOffersRelinkAndDeletesTheOldFilesFirst)
+// Sent again, a mesh ZBrush has offers Relink, which keeps its name, spaces and all, and
+// replaces its file; Create gives a new name without spaces. The LODs go once, after a message.
+TEST_F(SendPipeline, SecondSendRelinksOrCreatesANewName)
 {
-    Pick({QStringLiteral("crate")});
+    Pick({QStringLiteral("lamp")});
     Open();
     ASSERT_EQ(m_pDialog->OnGoZ(), QV::kOk);
-    WriteFile(Project() + QStringLiteral("Crate.mvMotionPlus"), "old pose");
-    WriteFile(Project() + QStringLiteral("Crate.goz"), "old mesh");
+    ASSERT_EQ(m_pHost->MessageBoxes().size(), 1);
+    EXPECT_EQ(m_pHost->MessageBoxes()[0].m_strText, QStringLiteral("[MVGoZBursh] Lod mesh will remove."));
+    EXPECT_EQ(m_pHost->MessageBoxes()[0].m_iButtons, 0x400);
+    ASSERT_EQ(Calls("RemoveLods").size(), 1);
+    EXPECT_EQ(Calls("RemoveLods")[0].m_kArgs.value(0), QStringLiteral("[lamp]"));
+    WriteFile(Project() + QStringLiteral("Desk Lamp.goz"), "old mesh");
 
     Open();
     ASSERT_EQ(m_pDialog->Records().size(), 1u);
     EXPECT_EQ(m_pDialog->Records()[0].m_kActionMap,
               (std::vector<CFMToZBrushMeshInfo::ActionPair>{{Create, AutoRename}, {Relink, NoInfo}}));
+    EXPECT_FALSE(qobject_cast<QListView*>(m_pDialog->Ui().qtTemplateComboBox->view())->isRowHidden(1))
+        << "every row can relink";
     m_pDialog->Ui().qtTemplateComboBox->setCurrentIndex(1);
     ASSERT_EQ(m_pDialog->OnGoZ(), QV::kOk);
-    EXPECT_FALSE(QFileInfo::exists(Project() + QStringLiteral("Crate.mvMotionPlus")));
-    EXPECT_TRUE(ReadFile(Project() + QStringLiteral("Crate.goz")).startsWith("GOZ-STANDIN"));
-    EXPECT_EQ(ObjectList(), kProjectPrefix + "Crate\n");
-}
-
-TEST_F(SendPipeline, RelinkKeepsNamesWithSpaces)
-{
-    Pick({QStringLiteral("lamp")});
-    Open();
-    ASSERT_EQ(m_pDialog->OnGoZ(), QV::kOk);
-    WriteFile(Project() + QStringLiteral("Desk Lamp.goz"), "old mesh");
-    Open();
-    m_pDialog->Ui().qtTemplateComboBox->setCurrentIndex(1);
-    ASSERT_EQ(m_pDialog->OnGoZ(), QV::kOk);
-    EXPECT_EQ(ObjectList(), kProjectPrefix + "Desk Lamp\n");
     EXPECT_TRUE(ReadFile(Project() + QStringLiteral("Desk Lamp.goz")).startsWith("GOZ-STANDIN"));
-}
+    EXPECT_EQ(ObjectList(), kProjectPrefix + "Desk Lamp\n");
 
-TEST_F(SendPipeline, CreateGivesNewNamesWithoutSpaces)
-{
-    Pick({QStringLiteral("lamp")});
-    Open();
-    ASSERT_EQ(m_pDialog->OnGoZ(), QV::kOk);
     Open();
     ASSERT_EQ(m_pDialog->OnGoZ(), QV::kOk) << "Create is the default action";
     EXPECT_EQ(ObjectList(), kProjectPrefix + "Desk_Lamp_1\n");
     EXPECT_EQ(m_pDialog->RenamedMeshes(), std::vector<std::wstring>{L"Desk_Lamp_1"});
-    EXPECT_EQ(Calls("ShowMessageBox").size(), 1) << "the LOD message comes once: the LODs are gone after";
+    EXPECT_EQ(Calls("ShowMessageBox").size(), 1);
+    EXPECT_EQ(Calls("RemoveLods").size(), 1);
 }
 
 TEST_F(SendPipeline, SkippedDuplicateTeethAndNonAsciiMeshes)
@@ -224,94 +213,6 @@ TEST_F(SendPipeline, ExportGetsThePoseTheDialogShows)
     }
 }
 
-// Failures stop at their step: the dialog stays open with its rows, and later files are not written.
-struct FailureCase
-{
-    const char* name;
-    std::function<void(SendPipeline&)> arrange;
-    QV::Result result;
-    bool exported;
-    bool listWritten;
-    int programs;
-};
-
-void PrintTo(const FailureCase& c, std::ostream* out)
-{
-    *out << c.name;
-}
-
-class SendFailure : public SendPipeline, public ::testing::WithParamInterface<FailureCase>
-{
-};
-
-TEST_P(SendFailure, StopsAtItsStep)
-{
-    const FailureCase& c = GetParam();
-    SetAvatar(QStringLiteral("hero"));
-    Pick({QStringLiteral("lamp"), QStringLiteral("star")});
-    Open();
-    c.arrange(*this);
-    EXPECT_EQ(m_pDialog->OnGoZ(), c.result);
-    EXPECT_TRUE(m_pDialog->isVisible());
-    EXPECT_EQ(m_pDialog->Records().size(), 2u);
-    EXPECT_EQ(QFileInfo::exists(Project() + QStringLiteral("Desk_Lamp.goz")), c.exported);
-    EXPECT_EQ(QFileInfo(App() + QStringLiteral("GoZ_ObjectList.txt")).isFile(), c.listWritten);
-    const QJsonArray runs = WaitForProcesses(c.programs);
-    ASSERT_EQ(runs.size(), c.programs);
-    if (c.programs > 0) {
-        EXPECT_EQ(runs[0].toObject().value(QStringLiteral("program")).toString(),
-                  QStringLiteral("GoZMakeObjectPath.exe"));
-    }
-}
-
-INSTANTIATE_TEST_SUITE_P(
-    Send, SendFailure,
-    ::testing::Values(
-        FailureCase{"ExportFails",
-                    [](SendPipeline& t) { t.m_pHost->SetFailure(QStringLiteral("ExportGoZ"), QV::kOutOfMemory); },
-                    QV::kOutOfMemory, false, false, 0},
-        FailureCase{"PoseSaveFails",
-                    [](SendPipeline& t) {
-                        t.m_pDialog->SetExpressionGoZ(true);
-                        t.m_pHost->SetFailure(QStringLiteral("SaveMotionFile"), QV::kFail);
-                    },
-                    QV::kFail, true, false, 0},
-        FailureCase{"LodRemovalFails",
-                    [](SendPipeline& t) { t.m_pHost->SetFailure(QStringLiteral("RemoveLods"), QV::kFail); }, QV::kFail,
-                    false, false, 0},
-        FailureCase{"InfoFileMissing",
-                    [](SendPipeline& t) { QFile::remove(t.App() + QStringLiteral("GoZ_Info.txt")); }, QV::kFail,
-                    true, false, 0},
-        FailureCase{"InfoFileEmpty",
-                    [](SendPipeline& t) { WriteFile(t.App() + QStringLiteral("GoZ_Info.txt"), ""); }, QV::kFail,
-                    true, false, 0},
-        FailureCase{"RegistryValueMissing",
-                    [](SendPipeline& t) { WriteFile(t.m_kSandbox.RegistryFilePath(), ""); },
-                    static_cast<QV::Result>(0x80070002u), true, false, 0},
-        FailureCase{"ObjectListUnwritable",
-                    [](SendPipeline& t) { QDir().mkpath(t.App() + QStringLiteral("GoZ_ObjectList.txt/x")); },
-                    QV::kFail, true, false, 0},
-        FailureCase{"GoZBrushCommandMissing",
-                    [](SendPipeline& t) {
-                        WriteFile(t.App() + QStringLiteral("GoZ_Info.txt"),
-                                  "GOZ_OBJECT_LIST = \"GoZ_ObjectList.txt\"\n"
-                                  "MAKEOBJECTPATH_COMMAND = \"../../GoZBrush/GoZMakeObjectPath.exe\"\n");
-                    },
-                    QV::kFail, true, true, 1}),
-    [](const ::testing::TestParamInfo<FailureCase>& info) { return std::string(info.param.name); });
-
-TEST_F(SendPipeline, LodMeshesAreRemovedAfterTheMessage)
-{
-    Pick({QStringLiteral("lamp")});
-    Open();
-    ASSERT_EQ(m_pDialog->OnGoZ(), QV::kOk);
-    ASSERT_EQ(m_pHost->MessageBoxes().size(), 1);
-    EXPECT_EQ(m_pHost->MessageBoxes()[0].m_strText, QStringLiteral("[MVGoZBursh] Lod mesh will remove."));
-    EXPECT_EQ(m_pHost->MessageBoxes()[0].m_iButtons, 0x400);
-    ASSERT_EQ(Calls("RemoveLods").size(), 1);
-    EXPECT_EQ(Calls("RemoveLods")[0].m_kArgs.value(0), QStringLiteral("[lamp]"));
-}
-
 TEST_F(SendPipeline, PreviousObjectListIsReadWordByWord)
 {
     WriteFile(QStringLiteral("C:/Users/Public/Pixologic/GoZApps/Figmora/GoZ_ObjectList.txt"),
@@ -329,21 +230,96 @@ TEST_F(SendPipeline, PreviousObjectListIsReadWordByWord)
 }
 
 
-// A Relink send replaces files that ZBrush's object list names. Until the new list is
-// written, a failure must leave ZBrush exactly the files and the list it had.
-struct RelinkFailureCase
+// How the failure tables below make a send fail.
+struct FailureCase
 {
     const char* name;
     std::function<void(SendFixture&)> arrange;
     QV::Result result;
-    bool oldFilesKept;
+    bool kept; // SendFailure: the mesh was exported; RelinkFailure: ZBrush keeps the old files
+    bool listWritten = false;
+    int programs = 0;
 };
 
-void PrintTo(const RelinkFailureCase& c, std::ostream* out)
+void PrintTo(const FailureCase& c, std::ostream* out)
 {
     *out << c.name;
 }
 
+std::string CaseName(const ::testing::TestParamInfo<FailureCase>& info)
+{
+    return info.param.name;
+}
+
+std::function<void(SendFixture&)> Fail(const char* operation, QV::Result code, int nth = 0)
+{
+    return [=](SendFixture& t) { t.m_pHost->SetFailure(QLatin1String(operation), code, nth); };
+}
+
+void DropRegistryValue(SendFixture& t)
+{
+    WriteFile(t.m_kSandbox.RegistryFilePath(), "");
+}
+
+void DropGoZBrushCommand(SendFixture& t)
+{
+    WriteFile(t.App() + QStringLiteral("GoZ_Info.txt"), "GOZ_OBJECT_LIST = \"GoZ_ObjectList.txt\"\n"
+                                                        "MAKEOBJECTPATH_COMMAND = \"../../GoZBrush/GoZMakeObjectPath.exe\"\n");
+}
+
+const QV::Result kFileNotFound = static_cast<QV::Result>(0x80070002u);
+
+// Failures stop at their step: the dialog stays open with its rows, and later files are not written.
+class SendFailure : public SendPipeline, public ::testing::WithParamInterface<FailureCase>
+{
+};
+
+TEST_P(SendFailure, StopsAtItsStep)
+{
+    const FailureCase& c = GetParam();
+    SetAvatar(QStringLiteral("hero"));
+    Pick({QStringLiteral("lamp"), QStringLiteral("star")});
+    Open();
+    c.arrange(*this);
+    EXPECT_EQ(m_pDialog->OnGoZ(), c.result);
+    EXPECT_TRUE(m_pDialog->isVisible());
+    EXPECT_EQ(m_pDialog->Records().size(), 2u);
+    EXPECT_EQ(QFileInfo::exists(Project() + QStringLiteral("Desk_Lamp.goz")), c.kept);
+    EXPECT_EQ(QFileInfo(App() + QStringLiteral("GoZ_ObjectList.txt")).isFile(), c.listWritten);
+    const QJsonArray runs = WaitForProcesses(c.programs);
+    ASSERT_EQ(runs.size(), c.programs);
+    if (c.programs > 0) {
+        EXPECT_EQ(runs[0].toObject().value(QStringLiteral("program")).toString(),
+                  QStringLiteral("GoZMakeObjectPath.exe"));
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Send, SendFailure,
+    ::testing::Values(
+        FailureCase{"ExportFails", Fail("ExportGoZ", QV::kOutOfMemory), QV::kOutOfMemory, false, false, 0},
+        FailureCase{"PoseSaveFails",
+                    [](SendFixture& t) {
+                        t.m_pDialog->SetExpressionGoZ(true);
+                        t.m_pHost->SetFailure(QStringLiteral("SaveMotionFile"), QV::kFail);
+                    },
+                    QV::kFail, true, false, 0},
+        FailureCase{"LodRemovalFails", Fail("RemoveLods", QV::kFail), QV::kFail, false, false, 0},
+        FailureCase{"InfoFileMissing",
+                    [](SendFixture& t) { QFile::remove(t.App() + QStringLiteral("GoZ_Info.txt")); }, QV::kFail,
+                    true, false, 0},
+        FailureCase{"InfoFileEmpty",
+                    [](SendFixture& t) { WriteFile(t.App() + QStringLiteral("GoZ_Info.txt"), ""); }, QV::kFail,
+                    true, false, 0},
+        FailureCase{"RegistryValueMissing", DropRegistryValue, kFileNotFound, true, false, 0},
+        FailureCase{"ObjectListUnwritable",
+                    [](SendFixture& t) { QDir().mkpath(t.App() + QStringLiteral("GoZ_ObjectList.txt/x")); },
+                    QV::kFail, true, false, 0},
+        FailureCase{"GoZBrushCommandMissing", DropGoZBrushCommand, QV::kFail, true, true, 1}),
+    CaseName);
+
+// A Relink send replaces files that ZBrush's object list names. Until the new list is
+// written, a failure must leave ZBrush exactly the files and the list it had.
 const QByteArray kRelinkScene = R"({
   "objects": [
     {"id": "crate", "name": "Crate", "kind": 3},
@@ -353,7 +329,7 @@ const QByteArray kRelinkScene = R"({
   "registry": {"SOFTWARE\\Quorvane\\Figmora\\4.0": {"Main Program": "C:\\Figmora.exe"}}
 })";
 
-class RelinkFailure : public SendFixture, public ::testing::WithParamInterface<RelinkFailureCase>
+class RelinkFailure : public SendFixture, public ::testing::WithParamInterface<FailureCase>
 {
 public:
     const QStringList kFiles{QStringLiteral("Crate.goz"), QStringLiteral("Vase.goz"), QStringLiteral("Bowl.goz"),
@@ -362,7 +338,7 @@ public:
 
 TEST_P(RelinkFailure, LeavesZBrushTheFilesItsListNames)
 {
-    const RelinkFailureCase& c = GetParam();
+    const FailureCase& c = GetParam();
     Start(kRelinkScene);
     Pick({QStringLiteral("crate"), QStringLiteral("vase"), QStringLiteral("bowl")});
     Open();
@@ -384,7 +360,7 @@ TEST_P(RelinkFailure, LeavesZBrushTheFilesItsListNames)
     for (const QString& file : kFiles) {
         SCOPED_TRACE(file.toStdString());
         const QByteArray content = ReadFile(Project() + file);
-        if (c.oldFilesKept) {
+        if (c.kept) {
             EXPECT_EQ(content, "old " + file.toUtf8());
         } else if (file.endsWith(QLatin1String(".goz"))) {
             EXPECT_TRUE(content.startsWith("GOZ-STANDIN")) << content.toStdString();
@@ -392,38 +368,26 @@ TEST_P(RelinkFailure, LeavesZBrushTheFilesItsListNames)
             EXPECT_EQ(content, "<missing>") << "a relinked mesh loses its old pose file";
         }
     }
-    EXPECT_EQ(ReadFile(listPath) == oldList, c.oldFilesKept);
+    EXPECT_EQ(ReadFile(listPath) == oldList, c.kept);
     EXPECT_FALSE(QFileInfo::exists(Project() + CRelinkSetAside::FolderName())) << "nothing set aside is left over";
 }
 
 INSTANTIATE_TEST_SUITE_P(
     Send, RelinkFailure,
     ::testing::Values(
-        RelinkFailureCase{"Succeeds", [](SendFixture&) {}, QV::kOk, false},
-        RelinkFailureCase{"FirstExportFails",
-                          [](SendFixture& t) { t.m_pHost->SetFailure(QStringLiteral("ExportGoZ"), QV::kFail, 1); },
-                          QV::kFail, true},
-        RelinkFailureCase{"LaterExportFails",
-                          [](SendFixture& t) { t.m_pHost->SetFailure(QStringLiteral("ExportGoZ"), QV::kFail, 3); },
-                          QV::kFail, true},
-        RelinkFailureCase{"RegistryValueMissing",
-                          [](SendFixture& t) { WriteFile(t.m_kSandbox.RegistryFilePath(), ""); },
-                          static_cast<QV::Result>(0x80070002u), true},
-        RelinkFailureCase{"ObjectListUnwritable",
-                          [](SendFixture& t) {
-                              // The list now lies in a folder that does not exist.
-                              const QString info = t.App() + QStringLiteral("GoZ_Info.txt");
-                              WriteFile(info, ReadFile(info).replace("GoZ_ObjectList.txt", "gone/GoZ_ObjectList.txt"));
-                          },
-                          QV::kFail, true},
+        FailureCase{"Succeeds", [](SendFixture&) {}, QV::kOk, false},
+        FailureCase{"FirstExportFails", Fail("ExportGoZ", QV::kFail, 1), QV::kFail, true},
+        FailureCase{"LaterExportFails", Fail("ExportGoZ", QV::kFail, 3), QV::kFail, true},
+        FailureCase{"RegistryValueMissing", DropRegistryValue, kFileNotFound, true},
+        FailureCase{"ObjectListUnwritable",
+                    [](SendFixture& t) {
+                        // The list now lies in a folder that does not exist.
+                        const QString info = t.App() + QStringLiteral("GoZ_Info.txt");
+                        WriteFile(info, ReadFile(info).replace("GoZ_ObjectList.txt", "gone/GoZ_ObjectList.txt"));
+                    },
+                    QV::kFail, true},
         // After the list is rewritten nothing is rolled back.
-        RelinkFailureCase{"GoZBrushCommandMissing",
-                          [](SendFixture& t) {
-                              WriteFile(t.App() + QStringLiteral("GoZ_Info.txt"),
-                                        "GOZ_OBJECT_LIST = \"GoZ_ObjectList.txt\"\n"
-                                        "MAKEOBJECTPATH_COMMAND = \"../../GoZBrush/GoZMakeObjectPath.exe\"\n");
-                          },
-                          QV::kFail, false}),
-    [](const ::testing::TestParamInfo<RelinkFailureCase>& info) { return std::string(info.param.name); });
+        FailureCase{"GoZBrushCommandMissing", DropGoZBrushCommand, QV::kFail, false}),
+    CaseName);
 
 } // namespace

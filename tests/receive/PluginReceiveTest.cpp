@@ -32,8 +32,7 @@ TEST_F(ReceiveFixture, TheHostsDataEventReachesTheLoadedModulesReceiveDialog)
     ASSERT_NE(table, nullptr);
 
     WriteReturn(kDialogReturn);
-    WriteReturnedMeshes(kDialogReturn);
-    WriteTextureSizes(kTextureSizes);
+    WriteFile(QLatin1String(kTextureSizeFile), kTextureSizes);
     m_pHost->RaiseGoZDataUpdated();
     EXPECT_EQ(table->rowCount(), 5);
     EXPECT_TRUE(dialog->isVisible());

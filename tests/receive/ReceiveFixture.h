@@ -1,9 +1,11 @@
 #pragma once
 
+#include "CEventSender.h"
 #include "CReferenceHost.h"
 #include "CSandbox.h"
 #include "CScene.h"
 #include "CZBrushToFMMeshInfo.h"
+#include "ExpressionZBrushToFMDlg.h"
 #include "QtPrinters.h"
 #include "ZBrushToFMDlg.h"
 
@@ -31,6 +33,7 @@ constexpr char kAppFolder[] = "C:/Users/Public/Pixologic/GoZApps/Figmora/";
 constexpr char kProjectFolder[] = "C:/Users/Public/Pixologic/GoZProjects/Default/";
 // The scenes' host data folder is "C:\ProgramData\Figmora", inside the sandbox.
 constexpr char kTextureSizeFile[] = "C:/ProgramData/Figmora/MVGoZBrush/GoZTextureSize.ini";
+const QByteArray kTextureSizes = "[GoZTextureSize]\nCount=3\nSize0=512\nSize1=1024\nSize2=2048\n";
 
 // A character whose body and head are rigged, two shelf rocks of one object type, and
 // returned meshes of every kind. Candidates: 0 Hero_Body, 1 Hero_Head, 2 Rock A, 3 Rock B.
@@ -58,17 +61,10 @@ const QByteArray kDialogScene = R"({
   "host_data_folder": "C:\\ProgramData\\Figmora"
 })";
 
-// Rows of a receive of kDialogScene, in object-list order.
-enum EDialogRow : int
-{
-    BodyRow = 0,    // Update Hero_Body
-    RockOneRow = 1, // Update, Rock A or Rock B, textured
-    RockTwoRow = 2, // Update, Rock A or Rock B
-    LampRow = 3,    // Create Cloth, textured
-    VaseRow = 4,    // Create Cloth
-};
-const QByteArray kDialogReturn = "Hero_Body\nRockOne\nRockTwo\nLamp\nVase\n";
-const QByteArray kTextureSizes = "[GoZTextureSize]\nCount=3\nSize0=512\nSize1=1024\nSize2=2048\n";
+// Rows of a receive of kDialogScene: Update Hero_Body; Update RockOne (textured) and RockTwo,
+// each Rock A or Rock B; Create Cloth Lamp (textured) and Vase.
+enum EDialogRow : int { BodyRow, RockOneRow, RockTwoRow, LampRow, VaseRow };
+const QStringList kDialogReturn{"Hero_Body", "RockOne", "RockTwo", "Lamp", "Vase"};
 
 inline void WriteFile(const QString& path, const QByteArray& bytes)
 {
@@ -76,6 +72,12 @@ inline void WriteFile(const QString& path, const QByteArray& bytes)
     QFile file(path);
     ASSERT_TRUE(file.open(QIODevice::WriteOnly | QIODevice::Truncate)) << path.toStdString();
     ASSERT_EQ(file.write(bytes), bytes.size());
+}
+
+inline QByteArray ReadFile(const QString& path)
+{
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("<missing>");
 }
 
 inline QStringList ToStrings(const QV::CArrayList<std::wstring>& list)
@@ -87,8 +89,17 @@ inline QStringList ToStrings(const QV::CArrayList<std::wstring>& list)
     return out;
 }
 
-// A Pixologic sandbox without ZBrush's programs and, when a scene is given, a reference
-// host over it with a receive dialog on its form.
+inline QV::CArrayList<std::wstring> ToList(const QStringList& strings)
+{
+    QV::CArrayList<std::wstring> list;
+    for (const QString& text : strings) {
+        list.Add(text.toStdWString());
+    }
+    return list;
+}
+
+// A Pixologic sandbox and, once started, a reference host with the receive and the
+// expression dialog over it.
 class ReceiveFixture : public ::testing::Test
 {
 public:
@@ -97,14 +108,15 @@ public:
     void SetUp() override
     {
         QString error;
-        m_kSandbox.SetInstallZBrush(false);
+        m_kSandbox.SetInstallZBrush(m_bInstallZBrush);
         ASSERT_EQ(m_kSandbox.Create(error), QV::kOk) << error.toStdString();
     }
 
     void TearDown() override
     {
+        m_pExpression.reset();
         m_pDialog.reset();
-        // Replaced cell widgets are deleted later; let that happen while the host is alive.
+        // Replaced widgets are deleted later; let that happen while the host is alive.
         QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
         m_pHost.reset();
         if (m_bResource) {
@@ -120,16 +132,25 @@ public:
         m_pHost = std::make_unique<Host::CReferenceHost>(std::move(scene));
     }
 
+    template <typename Dialog>
+    void MakeDialog(std::unique_ptr<Dialog>& dialog)
+    {
+        if (!m_bResource) {
+            ASSERT_TRUE(QResource::registerResource(PluginFolder() + QStringLiteral("MVGoZBrush.rcc")));
+            m_bResource = true;
+        }
+        dialog = std::make_unique<Dialog>(nullptr);
+        ASSERT_EQ(dialog->Initialize(PluginFolder(), QString(), m_pHost.get()), QV::kOk);
+    }
+    void MakeReceiveDialog() { MakeDialog(m_pDialog); }
+    void MakeExpressionDialog() { MakeDialog(m_pExpression); }
+
     void StartDialog(const QByteArray& sceneJson)
     {
         StartHost(sceneJson);
-        if (::testing::Test::HasFatalFailure()) {
-            return;
+        if (!HasFatalFailure()) {
+            MakeReceiveDialog();
         }
-        ASSERT_TRUE(QResource::registerResource(PluginFolder() + QStringLiteral("MVGoZBrush.rcc")));
-        m_bResource = true;
-        m_pDialog = std::make_unique<ZBrushToFMDlg>(nullptr);
-        ASSERT_EQ(m_pDialog->Initialize(PluginFolder(), QString(), m_pHost.get()), QV::kOk);
     }
 
     void SetAvatar(const QString& id)
@@ -138,47 +159,41 @@ public:
         ASSERT_EQ(m_pHost->SetCurrentAvatar(id, error), QV::kOk) << error.toStdString();
     }
 
+    void SetObjectFlag(const char* id, bool Host::CSceneObject::*flag, bool value)
+    {
+        Host::CScene& scene = m_pHost->Scene();
+        scene.Object(scene.IndexOf(QLatin1String(id))).*flag = value;
+    }
+
     // The information file and an object list, as ZBrush leaves them.
-    static void WriteReturn(const QByteArray& objectList,
-                            const QByteArray& infoLine = "GOZ_OBJECT_LIST = \"GoZ_ObjectList.txt\"\n",
-                            const QString& listName = QStringLiteral("GoZ_ObjectList.txt"))
+    static void WriteList(const QByteArray& objectList,
+                          const QByteArray& infoLine = "GOZ_OBJECT_LIST = \"GoZ_ObjectList.txt\"\n",
+                          const QString& listName = QStringLiteral("GoZ_ObjectList.txt"))
     {
         WriteFile(QLatin1String(kAppFolder) + QStringLiteral("GoZ_Info.txt"), infoLine);
         WriteFile(QLatin1String(kAppFolder) + listName, objectList);
     }
 
-    static void WriteProjectFile(const QString& name)
+    // What ZBrush hands back: the list, a one-triangle sculpt per name and the named motions.
+    static void WriteReturn(const QStringList& names, const QStringList& motions = {})
     {
-        WriteFile(QLatin1String(kProjectFolder) + name, "x");
-    }
-
-    static void WriteTextureSizes(const QByteArray& ini) { WriteFile(QLatin1String(kTextureSizeFile), ini); }
-
-    // A small sculpt for every name of the list, where ZBrush leaves them.
-    static void WriteReturnedMeshes(const QByteArray& objectList)
-    {
-        for (const QByteArray& name : objectList.simplified().split(' ')) {
-            if (!name.isEmpty()) {
-                WriteFile(QLatin1String(kProjectFolder) + QString::fromLatin1(name) + QStringLiteral(".GoZ"),
-                          "GOZ-STANDIN 1\nname=" + name +
-                              "\nvertices=3\nv 0 0 0\nv 1 0 0\nv 0 1 0\nfaces=1\nf 0 1 2\nend\n");
-            }
+        WriteList(names.join(QLatin1Char('\n')).toUtf8() + '\n');
+        for (const QString& name : names) {
+            WriteFile(QLatin1String(kProjectFolder) + name + QStringLiteral(".GoZ"),
+                      "GOZ-STANDIN 1\nname=" + name.toUtf8() +
+                          "\nvertices=3\nv 0 0 0\nv 1 0 0\nv 0 1 0\nfaces=1\nf 0 1 2\nend\n");
+        }
+        for (const QString& motion : motions) {
+            WriteFile(QLatin1String(kProjectFolder) + motion + QStringLiteral(".mvMotionPlus"), "MOTION");
         }
     }
 
-    // ZBrush hands the list and its meshes back and the host says so.
-    QV::Result Receive(const QByteArray& objectList = kDialogReturn)
+    // ZBrush hands the meshes back and the host tells the receive dialog.
+    QV::Result Receive(const QStringList& names = kDialogReturn)
     {
-        WriteReturn(objectList);
-        WriteReturnedMeshes(objectList);
-        WriteTextureSizes(kTextureSizes);
+        WriteReturn(names);
+        WriteFile(QLatin1String(kTextureSizeFile), kTextureSizes);
         return m_pDialog->GoZDataUpdated();
-    }
-
-    void SetObjectFlag(const char* id, bool Host::CSceneObject::*flag, bool value)
-    {
-        Host::CScene& scene = m_pHost->Scene();
-        scene.Object(scene.IndexOf(QLatin1String(id))).*flag = value;
     }
 
     QTableWidget* Table() const { return m_pDialog->Ui().qtFMGoZBackFromZBrushTableWidget; }
@@ -194,27 +209,52 @@ public:
     QComboBox* SizeCombo(int row) const { return Cell<QComboBox>(row, ZBrushToFMDlg::TextureSizeColumn); }
     const CZBrushToFMMeshInfo& Record(int row) const { return m_pDialog->Records()[row]; }
 
-    int Calls(const char* operation) const { return m_pHost->CallLog().Count(QLatin1String(operation)); }
+    int Count(const char* operation) const { return m_pHost->CallLog().Count(QLatin1String(operation)); }
     QList<Host::CCallRecord> CallsOf(const char* operation) const
     {
         return m_pHost->CallLog().Of(QLatin1String(operation));
     }
-    // Operations in call order, with their first argument: "Op(arg)".
-    QStringList CallSequence(const QStringList& operations) const
+    // Operations in call order with their first `args` arguments: "Op(a, b)".
+    QStringList CallSequence(const QStringList& operations, int args = -1) const
     {
         QStringList out;
         for (const Host::CCallRecord& record : m_pHost->CallLog().Records()) {
             if (operations.contains(record.m_strOperation)) {
-                out << record.m_strOperation + QLatin1Char('(') + record.m_kArgs.value(0) + QLatin1Char(')');
+                out << record.m_strOperation + QLatin1Char('(') +
+                           record.m_kArgs.mid(0, args).join(QStringLiteral(", ")) + QLatin1Char(')');
             }
         }
         return out;
     }
+    // Records each ObjectAdded announcement as the ids it names, comma-separated.
+    void ListenForAdded(QObject* context)
+    {
+        QObject::connect(m_pHost->EventSender(), &CEventSender::ObjectAdded, context,
+                         [this](const QV::CArrayList<QV::CHandle*>& objects) {
+                             QStringList ids;
+                             for (QV::CHandle* object : objects) {
+                                 const Host::CSceneObject* found = m_pHost->Scene().Find(object);
+                                 ids << (found != nullptr ? found->m_strId : QStringLiteral("?"));
+                             }
+                             m_kAdded << ids.join(QLatin1Char(','));
+                         });
+    }
+    QStringList MessageTexts() const
+    {
+        QStringList texts;
+        for (const Host::CMessageBoxRecord& box : m_pHost->MessageBoxes()) {
+            texts << box.m_strText;
+        }
+        return texts;
+    }
 
+    bool m_bInstallZBrush = false;
     Host::CSandbox m_kSandbox;
     std::unique_ptr<Host::CReferenceHost> m_pHost;
     std::unique_ptr<ZBrushToFMDlg> m_pDialog;
+    std::unique_ptr<ExpressionZBrushToFMDlg> m_pExpression;
     bool m_bResource = false;
+    QStringList m_kAdded;
 };
 
 } // namespace Test

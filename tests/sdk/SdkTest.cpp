@@ -7,7 +7,6 @@
 #include <QAction>
 #include <QLabel>
 #include <QMainWindow>
-#include <QMenu>
 #include <QPushButton>
 
 #include <gtest/gtest.h>
@@ -18,27 +17,21 @@ namespace {
 
 TEST(SdkWidgetBuilder, PresetPathReplacesFromTheLastDot)
 {
-    struct Case
-    {
-        const char* form;
-        const char* preset;
-    };
-    const Case cases[] = {
+    const struct { const char* form; const char* preset; } cases[] = {
         {":/plugin/MVGoZBrush/MVGoZPlugin.ui", ":/plugin/MVGoZBrush/MVGoZPlugin.preset"},
         {"a.b.ui", "a.b.preset"},
         {"noextension", "noextension"},
         {"dir.x/file", "dir.preset"},
         {"trailing.", "trailing.preset"},
     };
-    for (const Case& c : cases) {
+    for (const auto& c : cases) {
         CWidgetBuilder builder;
         builder.SetFormPath(QString::fromLatin1(c.form));
         EXPECT_EQ(builder.GetPresetPath().toStdString(), c.preset) << c.form;
-        EXPECT_EQ(builder.GetFormPath().toStdString(), c.form);
     }
 }
 
-class CTwoNames : public CUiComponent
+class CFourNames : public CUiComponent
 {
 public:
     QV::Result SetupUi(QWidget* root) override
@@ -69,34 +62,29 @@ TEST(SdkUiComponent, FindsRootChildrenAndRecordsWhatIsMissing)
     auto* action = new QAction(&window);
     action->setObjectName(QStringLiteral("action"));
 
-    CTwoNames ui;
+    CFourNames ui;
     EXPECT_EQ(ui.SetupUi(&window), QV::kFail);
-    EXPECT_EQ(ui.window, &window);
-    EXPECT_EQ(ui.button, button);
-    EXPECT_EQ(ui.action, action);
-    EXPECT_EQ(ui.label, nullptr);
+    EXPECT_TRUE(ui.window == &window && ui.button == button && ui.action == action && ui.label == nullptr);
     EXPECT_EQ(ui.MissingNames(), QStringList{QStringLiteral("label")});
-
     delete wrongType;
-    auto* label = new QLabel(central);
-    label->setObjectName(QStringLiteral("label"));
+    (new QLabel(central))->setObjectName(QStringLiteral("label"));
     EXPECT_EQ(ui.SetupUi(&window), QV::kOk);
     EXPECT_TRUE(ui.MissingNames().isEmpty());
     EXPECT_EQ(ui.SetupUi(nullptr), QV::kFail);
     EXPECT_EQ(ui.MissingNames().size(), 4);
 }
 
+// An event type below a built-in one; it also opens the chain registry to the test.
 class CDerivedEditEvent : public CEditBlendShapeEvent
 {
 public:
     QByteArray TypeName() const override { return TypeChain().first(); }
+    static const QList<QByteArray>& Register(const QList<QByteArray>& chain) { return RegisterChain(chain); }
 
 protected:
     const QList<QByteArray>& TypeChain() const override
     {
-        static const QList<QByteArray>& chain = RegisterChain(
-            {QByteArrayLiteral("CDerivedEditEvent"), QByteArrayLiteral("CEditBlendShapeEvent"),
-             QByteArrayLiteral("CBaseEvent")});
+        static const QList<QByteArray>& chain = Register({"CDerivedEditEvent", "CEditBlendShapeEvent", "CBaseEvent"});
         return chain;
     }
 };
@@ -107,86 +95,52 @@ TEST(SdkEvents, KindAndExactTypeCompareNames)
     const CEditBlendShapeEvent edit;
     const CObjectDataEvent data;
     const CDerivedEditEvent derived;
-    struct Case
-    {
-        const CBaseEvent* event;
-        const CBaseEvent* sample;
-        bool kind;
-        bool exact;
-    };
-    const Case cases[] = {
+    const struct { const CBaseEvent* event; const CBaseEvent* sample; bool kind; bool exact; } cases[] = {
         {&edit, &edit, true, true},     {&derived, &edit, true, false}, {&edit, &derived, false, false},
         {&data, &edit, false, false},   {&edit, &base, true, false},    {&base, &edit, false, false},
         {&data, &data, true, true},
     };
-    for (const Case& c : cases) {
-        EXPECT_EQ(c.event->IsKindOf(*c.sample), c.kind) << c.event->TypeName().constData() << " ~ "
-                                                        << c.sample->TypeName().constData();
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.event->TypeName().toStdString() + " ~ " + c.sample->TypeName().toStdString());
+        EXPECT_EQ(c.event->IsKindOf(*c.sample), c.kind);
         EXPECT_EQ(c.event->IsExactType(*c.sample), c.exact);
     }
 }
 
-// Opens the protected registry to the test: events keep references to their chains.
-class CChainRegistrar : public CBaseEvent
-{
-public:
-    static const QList<QByteArray>& Register(const QList<QByteArray>& chain) { return RegisterChain(chain); }
-};
-
 TEST(SdkEvents, RegisteredChainsStayAtTheirAddressWhenMoreRegister)
 {
-    struct Held
-    {
-        const QList<QByteArray>* chain;
-        QByteArray first;
-    };
-    std::vector<Held> held;
     // Enough distinct chains to make any growing contiguous store reallocate several times.
+    std::vector<const QList<QByteArray>*> held;
     for (int i = 0; i < 200; ++i) {
-        const QByteArray name = "CGrowEvent" + QByteArray::number(i);
-        const QList<QByteArray>& chain = CChainRegistrar::Register({name, QByteArrayLiteral("CBaseEvent")});
-        held.push_back({&chain, name});
+        held.push_back(&CDerivedEditEvent::Register({"CGrowEvent" + QByteArray::number(i), "CBaseEvent"}));
     }
-    for (const Held& h : held) {
-        ASSERT_EQ(h.chain->size(), 2) << h.first.constData();
-        EXPECT_EQ(h.chain->first(), h.first);
-        EXPECT_EQ(h.chain->last(), QByteArrayLiteral("CBaseEvent"));
+    for (int i = 0; i < 200; ++i) {
+        EXPECT_EQ(*held[static_cast<size_t>(i)], (QList<QByteArray>{"CGrowEvent" + QByteArray::number(i), "CBaseEvent"}));
     }
-    // Registering a known chain again hands out the same one.
-    const QList<QByteArray>& again =
-        CChainRegistrar::Register({QByteArrayLiteral("CGrowEvent7"), QByteArrayLiteral("CBaseEvent")});
-    EXPECT_EQ(&again, held[7].chain);
-    // The built-in events registered before still answer by name.
-    const CEditBlendShapeEvent edit;
-    const CBaseEvent base;
-    EXPECT_TRUE(edit.IsKindOf(base));
-    EXPECT_EQ(edit.TypeName(), QByteArrayLiteral("CEditBlendShapeEvent"));
+    EXPECT_EQ(&CDerivedEditEvent::Register({"CGrowEvent7", "CBaseEvent"}), held[7]) << "a known chain is handed out again";
+    EXPECT_TRUE(CEditBlendShapeEvent().IsKindOf(CBaseEvent())) << "the built-in events still answer by name";
 }
 
 TEST(SdkArrayList, ReportsRangeErrorsAsResults)
 {
-    QV::CArrayList<int> list;
-    EXPECT_EQ(list.Add(1), QV::kOk);
-    EXPECT_EQ(list.Add(2), QV::kOk);
+    QV::CArrayList<int> list{1, 2};
     int value = 0;
     EXPECT_EQ(list.Get(1, value), QV::kOk);
     EXPECT_EQ(value, 2);
-    EXPECT_EQ(list.Get(2, value), QV::kOutOfRange);
-    EXPECT_EQ(list.Get(-1, value), QV::kOutOfRange);
+    for (int index : {2, -1}) {
+        EXPECT_EQ(list.Get(index, value), QV::kOutOfRange) << index;
+    }
     EXPECT_EQ(list.RemoveAt(5), QV::kOutOfRange);
     EXPECT_EQ(list.Reserve(-1), QV::kOutOfRange);
     EXPECT_EQ(list.RemoveAt(0), QV::kOk);
     EXPECT_EQ(list.GetCount(), 1);
     EXPECT_EQ(list[0], 2);
-    EXPECT_TRUE(list.Contains(2));
-    EXPECT_FALSE(list.Contains(1));
 }
 
 TEST(SdkProfile, ReadsSectionsKeysAndNumbers)
 {
     QV::CProfile profile;
-    ASSERT_EQ(profile.Parse("; sizes\n[GoZTextureSize]\nCount = 2\r\nSize0=512\nSize1 = big\n[Other]\nCount=9\n"),
-              QV::kOk);
+    ASSERT_EQ(profile.Parse("; sizes\n[GoZTextureSize]\nCount = 2\r\nSize0=512\nSize1 = big\n[Other]\nCount=9\n"), QV::kOk);
     int count = 0;
     EXPECT_EQ(profile.ReadInt(QStringLiteral("gozTextureSize"), QStringLiteral("count"), count), QV::kOk);
     EXPECT_EQ(count, 2);

@@ -7,33 +7,13 @@ using namespace MV;
 
 namespace {
 
-CFMToZBrushMeshInfo Fresh()
-{
-    CFMToZBrushMeshInfo info;
-    EXPECT_EQ(info.SetActiveAction(Create, NoInfo), QV::kOk);
-    info.SelectAction(Create);
-    return info;
-}
-
-TEST(SendRecord, FreshStandardCharacterRecordOffersNoChoice)
-{
-    const CFMToZBrushMeshInfo info = Fresh();
-    ASSERT_EQ(info.m_kActionMap.size(), 1u);
-    EXPECT_EQ(info.m_kActionMap[0], CFMToZBrushMeshInfo::ActionPair(Create, NoInfo));
-    EXPECT_EQ(info.GetActionMapIndex(), 0);
-    EXPECT_FALSE(info.IsCheckable());
-    EXPECT_FALSE(info.m_bTeethMesh);
-}
-
 TEST(SendRecord, SetActiveActionReplacesTheFirstPairOrAppends)
 {
-    CFMToZBrushMeshInfo info = Fresh();
-    ASSERT_EQ(info.SetActiveAction(Create, AutoRename), QV::kOk);
-    ASSERT_EQ(info.SetActiveAction(Relink, NoInfo), QV::kOk);
-    ASSERT_EQ(info.SetActiveAction(Create, SameNameMesh), QV::kOk);
-    ASSERT_EQ(info.m_kActionMap.size(), 2u);
-    EXPECT_EQ(info.m_kActionMap[0], CFMToZBrushMeshInfo::ActionPair(Create, SameNameMesh));
-    EXPECT_EQ(info.m_kActionMap[1], CFMToZBrushMeshInfo::ActionPair(Relink, NoInfo));
+    CFMToZBrushMeshInfo info;
+    for (const auto& pair : {std::make_pair(Create, NoInfo), {Create, AutoRename}, {Relink, NoInfo}, {Create, SameNameMesh}}) {
+        ASSERT_EQ(info.SetActiveAction(pair.first, pair.second), QV::kOk);
+    }
+    EXPECT_EQ(info.m_kActionMap, (std::vector<CFMToZBrushMeshInfo::ActionPair>{{Create, SameNameMesh}, {Relink, NoInfo}}));
     EXPECT_EQ(info.GetActionMapIndex(), 0) << "setting an action must not move the active index";
 }
 
@@ -41,12 +21,12 @@ TEST(SendRecord, SelectingAnActionTakesTheLastPairAndIgnoresUnknownOnes)
 {
     CFMToZBrushMeshInfo info;
     info.m_kActionMap = {{Create, NoInfo}, {Relink, NoInfo}, {Relink, AutoRename}};
+    for (const auto& step : {std::make_pair(Relink, 2), {Skip, 2}, {Create, 0}}) {
+        info.SelectAction(step.first);
+        EXPECT_EQ(info.GetActionMapIndex(), step.second) << step.first;
+    }
     info.SelectAction(Relink);
-    EXPECT_EQ(info.GetActionMapIndex(), 2);
-    info.SelectAction(Skip);
-    EXPECT_EQ(info.GetActionMapIndex(), 2);
-    info.SelectAction(Create);
-    EXPECT_EQ(info.GetActionMapIndex(), 0);
+    EXPECT_EQ(info.ActiveAction(), std::size_t(Relink));
 }
 
 TEST(SendRecord, CheckableDependsOnTheActivePair)
@@ -68,26 +48,8 @@ TEST(SendRecord, CheckableDependsOnTheActivePair)
     }
 }
 
-TEST(SendRecord, RelinkAfterAnEarlierSendBecomesIndexOne)
+TEST(SendTexts, UnknownInfoHasNoText)
 {
-    CFMToZBrushMeshInfo info = Fresh();
-    ASSERT_EQ(info.SetActiveAction(Relink, NoInfo), QV::kOk);
-    EXPECT_EQ(info.m_kActionMap.size(), 2u);
-    info.SelectAction(Relink);
-    EXPECT_EQ(info.GetActionMapIndex(), 1);
-    EXPECT_EQ(info.ActiveAction(), std::size_t(Relink));
-}
-
-TEST(SendTexts, TablesCarryTheTagAndEmptyNoneText)
-{
-    EXPECT_EQ(GozExportActionText(Create), L"[MVGoZBursh] Create");
-    EXPECT_EQ(GozExportActionText(Relink), L"[MVGoZBursh] Relink");
-    EXPECT_EQ(GozExportActionInfoText(NoInfo), L"");
-    EXPECT_EQ(GozExportActionInfoText(AutoRename), L"[MVGoZBursh] It will auto rename.");
-    EXPECT_EQ(GozExportActionInfoText(SameNameMesh),
-              L"[MVGoZBursh] This content has some name mesh. It will auto rename.");
-    EXPECT_EQ(GozExportActionInfoText(PolygonOver4Sides),
-              L"[MVGoZBursh] Mesh contain polygon that side of numbers more than 4, goz does not support.");
     EXPECT_EQ(GozExportActionInfoText(99), L"");
 }
 

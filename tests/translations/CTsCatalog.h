@@ -1,8 +1,11 @@
 #pragma once
 
+#include <QFile>
 #include <QMap>
 #include <QString>
-#include <QStringList>
+#include <QXmlStreamReader>
+
+#include <gtest/gtest.h>
 
 namespace MV {
 namespace Test {
@@ -17,27 +20,63 @@ struct CTsEntry
     QString m_strType; // "" (finished), "unfinished", "vanished", "obsolete"
 
     bool IsFinished() const { return m_strType.isEmpty() && !m_strTranslation.isEmpty(); }
-    // "context | source | comment", as failure messages show it.
-    QString Describe() const;
+    QString Key() const { return m_strContext + QChar(4) + m_strSource + QChar(4) + m_strComment; }
+    // As failure messages show it.
+    QString Describe() const { return QStringList{m_strContext, m_strSource, m_strComment}.join(" | "); }
 };
 
-// The messages of a .ts file, keyed by context, source and disambiguation.
-class CTsCatalog
+// The messages of a .ts file by CTsEntry::Key(); false with error set when it cannot be read.
+inline bool LoadTs(const QString& path, QMap<QString, CTsEntry>& entries, QString& error)
 {
-public:
-    static QString Key(const QString& context, const QString& source, const QString& comment = QString());
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly)) {
+        error = QStringLiteral("cannot read %1: %2").arg(path, file.errorString());
+        return false;
+    }
+    QXmlStreamReader xml(&file);
+    if (!xml.readNextStartElement() || xml.name() != QLatin1String("TS")) {
+        error = path + QStringLiteral(" is not a .ts file");
+        return false;
+    }
+    QString context;
+    CTsEntry entry;
+    while (!xml.atEnd()) {
+        xml.readNext();
+        const QStringRef name = xml.name();
+        if (xml.isStartElement() && name == QLatin1String("name")) {
+            context = xml.readElementText();
+        } else if (xml.isStartElement() && name == QLatin1String("message")) {
+            entry = {context, {}, {}, {}, {}};
+        } else if (xml.isStartElement() && name == QLatin1String("source")) {
+            entry.m_strSource = xml.readElementText();
+        } else if (xml.isStartElement() && name == QLatin1String("comment")) {
+            entry.m_strComment = xml.readElementText();
+        } else if (xml.isStartElement() && name == QLatin1String("translation")) {
+            entry.m_strType = xml.attributes().value(QLatin1String("type")).toString();
+            entry.m_strTranslation = xml.readElementText(QXmlStreamReader::IncludeChildElements);
+        } else if (xml.isEndElement() && name == QLatin1String("message")) {
+            entries.insert(entry.Key(), entry);
+        }
+    }
+    error = xml.hasError() ? QStringLiteral("%1: line %2: %3").arg(path).arg(xml.lineNumber()).arg(xml.errorString())
+                           : QString();
+    return !xml.hasError();
+}
 
-    // False with error set when the file cannot be read or is no .ts file.
-    bool Load(const QString& path, QString& error);
+// The committed English catalog.
+inline QMap<QString, CTsEntry> CommittedTs()
+{
+    QMap<QString, CTsEntry> entries;
+    QString error;
+    EXPECT_TRUE(LoadTs(QStringLiteral(MVGOZ_TS_FILE), entries, error)) << error.toStdString();
+    return entries;
+}
 
-    const QMap<QString, CTsEntry>& Entries() const { return m_kEntries; }
-    const CTsEntry* Find(const QString& context, const QString& source, const QString& comment = QString()) const;
-    // Every source text, whatever its context.
-    QStringList Sources() const;
-
-private:
-    QMap<QString, CTsEntry> m_kEntries;
-};
+// The English text of a key in the committed catalog.
+inline QString English(const char* context, const char* key)
+{
+    return CommittedTs().value(CTsEntry {context, key, {}, {}, {}}.Key()).m_strTranslation;
+}
 
 } // namespace Test
 } // namespace MV

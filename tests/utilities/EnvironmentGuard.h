@@ -7,34 +7,29 @@
 #include <utility>
 #include <vector>
 
-// Sets or removes environment variables for one test and puts the old state back after it.
+// Sets (value) or removes (nullopt) environment variables for one test; puts them back after it.
 class CEnvironmentGuard
 {
 public:
     ~CEnvironmentGuard()
     {
         for (auto it = m_kSaved.crbegin(); it != m_kSaved.crend(); ++it) {
-            it->second ? qputenv(it->first.constData(), *it->second) : qunsetenv(it->first.constData());
+            Put(it->first.constData(), it->second);
         }
     }
 
-    void Set(const char* name, const QByteArray& value)
-    {
-        Save(name);
-        qputenv(name, value);
-    }
-
-    void Unset(const char* name)
-    {
-        Save(name);
-        qunsetenv(name);
-    }
-
-private:
-    void Save(const char* name)
+    void Set(const char* name, const std::optional<QByteArray>& value)
     {
         m_kSaved.emplace_back(name, qEnvironmentVariableIsSet(name) ? std::optional<QByteArray>(qgetenv(name))
                                                                     : std::nullopt);
+        Put(name, value);
+    }
+    void Unset(const char* name) { Set(name, std::nullopt); }
+
+private:
+    static void Put(const char* name, const std::optional<QByteArray>& value)
+    {
+        value ? qputenv(name, *value) : qunsetenv(name);
     }
 
     std::vector<std::pair<QByteArray, std::optional<QByteArray>>> m_kSaved;

@@ -1,11 +1,13 @@
 #include "KeyValueFile.h"
+#include "KeyValueReference.h"
 #include "KeyValueTestFiles.h"
 #include "KeyValueText.h"
 
 #include <gtest/gtest.h>
 
-#include <cctype>
-#include <cstring>
+#include <QDir>
+#include <QFile>
+
 #include <fstream>
 #include <iterator>
 #include <ostream>
@@ -13,91 +15,12 @@
 #include <string>
 #include <vector>
 
-// The line rules against a plain reading of them: lines split byte by byte, trimmed, keys
-// compared through tolower one byte at a time. The fast reader must agree on every input.
+// The fast reader and writer against the plain reading of the line rules that the fuzz
+// targets use as their oracle. They must agree on every input.
 namespace {
 
 using namespace std::string_literals;
-
-bool IsEnd(char c)
-{
-    return c == '\r' || c == '\n';
-}
-
-bool IsBlank(char c)
-{
-    return c == ' ' || c == '\t';
-}
-
-struct CRefLine
-{
-    std::size_t m_nBegin = 0; // where the line starts
-    std::size_t m_nNext = 0;  // past the CR/LF run after it
-    std::string m_strKey;
-    bool m_bHasValue = false;
-    std::string m_strValue;
-};
-
-std::vector<CRefLine> RefLines(const std::string& text)
-{
-    std::vector<CRefLine> lines;
-    std::size_t pos = 0;
-    while (pos < text.size()) {
-        CRefLine line;
-        line.m_nBegin = pos;
-        std::size_t end = pos;
-        while (end < text.size() && !IsEnd(text[end])) {
-            ++end;
-        }
-        line.m_nNext = end;
-        while (line.m_nNext < text.size() && IsEnd(text[line.m_nNext])) {
-            ++line.m_nNext;
-        }
-        std::string body = text.substr(pos, end - pos);
-        while (!body.empty() && IsBlank(body.front())) {
-            body.erase(0, 1);
-        }
-        while (!body.empty() && IsBlank(body.back())) {
-            body.pop_back();
-        }
-        const std::size_t equals = body.find('=');
-        line.m_strKey = body.substr(0, equals);
-        while (!line.m_strKey.empty() && IsBlank(line.m_strKey.back())) {
-            line.m_strKey.pop_back();
-        }
-        if (line.m_strKey.size() > 511) {
-            line.m_strKey.resize(511);
-        }
-        if (equals != std::string::npos) {
-            line.m_bHasValue = true;
-            std::string value = body.substr(equals + 1);
-            while (!value.empty() && IsBlank(value.front())) {
-                value.erase(0, 1);
-            }
-            if (value.size() >= 2 && value.front() == '"' && value.back() == '"') {
-                value = value.substr(1, value.size() - 2);
-            }
-            line.m_strValue = value;
-        }
-        lines.push_back(line);
-        pos = line.m_nNext;
-    }
-    return lines;
-}
-
-bool RefMatches(const std::string& lineKey, const char* key)
-{
-    if (key == nullptr || lineKey.empty()) {
-        return false;
-    }
-    for (std::size_t i = 0; i < lineKey.size(); ++i) {
-        if (key[i] == '\0'
-            || std::tolower(static_cast<unsigned char>(lineKey[i])) != std::tolower(static_cast<unsigned char>(key[i]))) {
-            return false;
-        }
-    }
-    return true;
-}
+using namespace MV::Fuzz;
 
 struct CFound
 {
@@ -117,29 +40,17 @@ void PrintTo(const CFound& found, std::ostream* out)
          << ::testing::PrintToString(found.m_strValue);
 }
 
-CFound RefFind(const std::string& text, const char* key)
+// A null request answers nothing, as an empty one does.
+CFound RefFound(const std::string& text, const char* key)
 {
-    CFound found;
-    for (const CRefLine& line : RefLines(text)) {
-        if (RefMatches(line.m_strKey, key)) {
-            found.m_bFound = true;
-            found.m_bHasValue = line.m_bHasValue;
-            found.m_strValue = line.m_strValue;
-            break;
-        }
-    }
-    return found;
+    const std::vector<CRefLine> lines = RefLines(text);
+    const CRefLine* line = RefFind(lines, key != nullptr ? key : "");
+    return line != nullptr ? CFound{true, line->m_bHasValue, line->m_strValue} : CFound{};
 }
 
-std::string RefRemove(const std::string& text, const char* key)
+std::string RefRemoved(const std::string& text, const char* key)
 {
-    std::string kept;
-    for (const CRefLine& line : RefLines(text)) {
-        if (!RefMatches(line.m_strKey, key)) {
-            kept += text.substr(line.m_nBegin, line.m_nNext - line.m_nBegin);
-        }
-    }
-    return kept;
+    return RefKept(text, RefLines(text), key != nullptr ? key : "");
 }
 
 CFound Find(const std::string& text, const char* key)
@@ -153,13 +64,14 @@ void ExpectSame(const std::string& text, const char* key)
 {
     SCOPED_TRACE(::testing::Message() << "text " << ::testing::PrintToString(text) << " key "
                                       << (key != nullptr ? ::testing::PrintToString(std::string(key)) : "null"));
-    EXPECT_EQ(Find(text, key), RefFind(text, key));
-    EXPECT_EQ(MV::KeyValue::RemoveKeyLines(text.data(), text.size(), key), RefRemove(text, key));
+    EXPECT_EQ(Find(text, key), RefFound(text, key));
+    EXPECT_EQ(MV::KeyValue::RemoveKeyLines(text.data(), text.size(), key), RefRemoved(text, key));
 }
 
 // Texts where a fast reader could go wrong: line ends of every kind and in runs, keys at and
-// around the 511-byte cut, bytes above 0x7f, NUL bytes, "=" in odd places, quotes, and lines
-// that cross the 64-byte steps in which line ends are looked for.
+// around the 511-byte cut, bytes above 0x7f, NUL bytes, "=" in odd places, quotes, lines
+// that cross the 64-byte steps in which line ends are looked for; then the inputs kept in
+// tests/data/keyvalue/.
 std::vector<std::string> TrickyTexts()
 {
     const std::string k510(510, 'k');
@@ -204,39 +116,23 @@ std::vector<std::string> TrickyTexts()
         "x\n" + std::string(61, ' ') + "k = blanks over the step\n",
         std::string(200, '=') + "\nk=after equals\n",
     };
+    const QDir folder(QStringLiteral(MVGOZ_KEYVALUE_DATA_DIR));
+    const QStringList names = folder.entryList(QDir::Files, QDir::Name);
+    EXPECT_FALSE(names.isEmpty()) << "no inputs in " << MVGOZ_KEYVALUE_DATA_DIR;
+    for (const QString& name : names) {
+        QFile file(folder.filePath(name));
+        EXPECT_TRUE(file.open(QIODevice::ReadOnly)) << name.toStdString();
+        texts.push_back(file.readAll().toStdString());
+    }
     return texts;
-}
-
-std::vector<std::string> TrickyKeys()
-{
-    return {"k",
-            "K",
-            "kk",
-            "k x",
-            "k\t",
-            "k=",
-            "=",
-            "=k",
-            "\r",
-            "k\nk",
-            "x",
-            "GOZ_OBJECT_LIST",
-            "path",
-            "k\xe9y",
-            "K\xc9Y",
-            "\x80k",
-            "\xff",
-            std::string(510, 'k'),
-            std::string(511, 'k'),
-            std::string(512, 'k'),
-            std::string(700, 'K'),
-            std::string(65, 'k'),
-            std::string(129, 'k') + "z"};
 }
 
 TEST(KeyValueDifferential, TrickyTextsReadAndRemovedAsByTheRules)
 {
-    const std::vector<std::string> keys = TrickyKeys();
+    const std::vector<std::string> keys = {"k", "K", "kk", "k x", "k\t", "k=", "=", "=k", "\r", "k\nk", "x",
+                                           "GOZ", "GOZ_OBJECT_LIST", "path", "k\xe9y", "K\xc9Y", "\x80k", "\xff",
+                                           std::string(510, 'k'), std::string(511, 'k'), std::string(512, 'k'),
+                                           std::string(700, 'K'), std::string(65, 'k'), std::string(129, 'k') + "z"};
     for (const std::string& text : TrickyTexts()) {
         ExpectSame(text, nullptr);
         ExpectSame(text, "");
@@ -257,8 +153,7 @@ TEST(KeyValueDifferential, EveryBytePairComparesAsTolower)
             const std::string text = prefix + static_cast<char>(lineByte) + "=v\n";
             for (int keyByte = 1; keyByte < 256; ++keyByte) {
                 const std::string key = prefix + static_cast<char>(keyByte);
-                const bool expected = RefFind(text, key.c_str()).m_bFound;
-                if (Find(text, key.c_str()).m_bFound != expected) {
+                if (Find(text, key.c_str()).m_bFound != RefFound(text, key.c_str()).m_bFound) {
                     ADD_FAILURE() << "line byte " << lineByte << ", request byte " << keyByte << ", after "
                                   << prefix.size() << " bytes";
                     return;
@@ -268,12 +163,13 @@ TEST(KeyValueDifferential, EveryBytePairComparesAsTolower)
     }
 }
 
-TEST(KeyValueDifferential, GeneratedTextsReadAndRemovedAsByTheRules)
+TEST(KeyValueDifferential, GeneratedTextsReadRemovedAndRewrittenAsByTheRules)
 {
     // Few distinct bytes so that keys, blanks, "=", quotes and line ends meet often, and texts
     // long enough to span several 64-byte steps.
     const std::string alphabet = "kKx  \t==\r\n\n\"\xe9\xc9"s + '\0';
     const std::vector<std::string> keys = {"k", "K", "kx", "kK", "k k", "k=", "xk", "\xe9", "kkkkkkkkkkkk"};
+    const std::vector<std::string> values = {"", "v", "q\"", "x=y", "a b"};
     std::mt19937 random(20261115u);
     for (int round = 0; round < 4000 && !HasFailure(); ++round) {
         std::string text;
@@ -281,7 +177,15 @@ TEST(KeyValueDifferential, GeneratedTextsReadAndRemovedAsByTheRules)
         for (int i = 0; i < length; ++i) {
             text.push_back(alphabet[random() % alphabet.size()]);
         }
-        ExpectSame(text, keys[random() % keys.size()].c_str());
+        const std::string& key = keys[random() % keys.size()];
+        ExpectSame(text, key.c_str());
+        // The line a set appends after what is kept must read back as its value.
+        const std::string kept = MV::KeyValue::RemoveKeyLines(text.data(), text.size(), key.c_str());
+        const std::string& value = values[random() % values.size()];
+        if (key.find_first_of("= ") == std::string::npos && (kept.empty() || RefIsEnd(kept.back()))) {
+            EXPECT_EQ(Find(kept + key + " = " + value + "\n", key.c_str()), (CFound{true, true, value}))
+                << ::testing::PrintToString(kept);
+        }
     }
 }
 
@@ -294,7 +198,7 @@ TEST(KeyValueDifferential, FilesReadAndRewrittenAsByTheRules)
         for (const std::string& key : keys) {
             SCOPED_TRACE(::testing::Message() << "text " << ::testing::PrintToString(text) << " key " << key.size());
             const std::string path = files.Write("info.txt", text);
-            const CFound expected = RefFind(text, key.c_str());
+            const CFound expected = RefFound(text, key.c_str());
             char value[1024] = "untouched";
             ASSERT_EQ(GetKeyValue(path.c_str(), key.c_str(), value, sizeof(value)), expected.m_bFound);
             // The buffer holds a C string: the value up to its first NUL byte, cut to fit.
@@ -303,7 +207,7 @@ TEST(KeyValueDifferential, FilesReadAndRewrittenAsByTheRules)
             EXPECT_EQ(std::string(value), expectedValue);
 
             SetKeyValue(path.c_str(), key.c_str(), "new");
-            EXPECT_EQ(CKeyValueTestFiles::Read(path), RefRemove(text, key.c_str()) + key + " = new\n");
+            EXPECT_EQ(CKeyValueTestFiles::Read(path), RefRemoved(text, key.c_str()) + key + " = new\n");
         }
     }
 }
@@ -319,7 +223,7 @@ TEST(KeyValueDifferential, FileThatTellsNoSizeReadToItsEnd)
         GTEST_SKIP() << path << " cannot be read here";
     }
     const std::string key = text.substr(0, equals);
-    const CFound expected = RefFind(text, key.c_str());
+    const CFound expected = RefFound(text, key.c_str());
     ASSERT_TRUE(expected.m_bFound);
     char value[1024] = {};
     EXPECT_TRUE(GetKeyValue(path, key.c_str(), value, sizeof(value)));

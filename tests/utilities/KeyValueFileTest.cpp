@@ -16,8 +16,9 @@ using namespace std::string_literals;
 using Names = std::vector<std::string>;
 
 const std::string kUntouched = "untouched";
-const std::string kLongKey(600, 'k');
 
+// The line rules themselves are held to their plain reading in KeyValueDifferentialTest.cpp;
+// here what the file functions add: the caller's buffer and the value as given.
 TEST(KeyValueFile, GetReadsTheFirstAnsweringLine)
 {
     const struct
@@ -26,39 +27,13 @@ TEST(KeyValueFile, GetReadsTheFirstAnsweringLine)
         std::string content;
         std::string key;
         int valueSize;
-        bool found;
-        std::string value; // kUntouched: the buffer keeps its old text
+        std::string value;
     } cases[] = {
-        {"QuotedPathLosesQuotes", "GOZ_OBJECT_LIST = \"C:/a b/list.txt\"\r\n", "GOZ_OBJECT_LIST", 1024, true,
-         "C:/a b/list.txt"},
-        {"EmptyValue", "Key=\n", "Key", 64, true, ""},
-        {"FirstOfTwoWins", "A = 1\nA = 2\n", "A", 64, true, "1"},
-        {"CaseIgnored", "PATH = x\n", "path", 64, true, "x"},
-        {"OnlyLettersFoldCase", "_ = u\n", "\x7f", 64, false, kUntouched},
-        {"LongerLineKeyDoesNotAnswer", "PATHX = y\n", "PATH", 64, false, kUntouched},
-        {"EarlierPrefixLineWins", "GOZ = short\nGOZ_OBJECT_LIST = long\n", "GOZ_OBJECT_LIST", 64, true, "short"},
-        {"ValueCutToBuffer", "K = 0123456789\n", "K", 4, true, "012"},
-        {"BufferOfOneGetsOnlyTerminator", "K = 0123456789\n", "K", 1, true, ""},
-        {"LongValueCut", "K = \"" + std::string(5000, 'x') + "\"\n", "K", 512, true, std::string(511, 'x')},
-        {"CarriageReturnsOnly", "A=1\rB=2\rC=3", "B", 64, true, "2"},
-        {"MixedLineEnds", "A=1\r\n\n\rB=2\n\r", "B", 64, true, "2"},
-        {"OuterBlanksTrimmedInnerKept", "  \t Key \t =  \t a  b  \t \r\n", "Key", 64, true, "a  b"},
-        {"LoneQuoteKept", "K = \"\n", "K", 64, true, "\""},
-        {"TwoQuotesGiveEmpty", "K = \"\"\n", "K", 64, true, ""},
-        {"OpeningQuoteOnlyKept", "K = \"abc\n", "K", 64, true, "\"abc"},
-        {"ClosingQuoteOnlyKept", "K = abc\"\n", "K", 64, true, "abc\""},
-        {"OnlyEnclosingQuotesRemoved", "K = \" a\"b \" \t\n", "K", 64, true, " a\"b "},
-        {"ValueMayHoldEquals", "A = b=c\n", "A", 64, true, "b=c"},
-        {"FirstLineWithoutEqualsAnswersButKeepsBuffer", "A = 1\nKEY\nKEY = 2\n", "key", 64, true, kUntouched},
-        {"WholeLineIsKeyWithoutEquals", "Key with blanks\n", "Key", 64, false, kUntouched},
-        {"EmptyRequestMatchesNothing", "x = 1\n= 2\n", "", 64, false, kUntouched},
-        {"EmptyKeyLinesSkipped", "\n   \n\t\n= 1\n=\nK=v", "K", 64, true, "v"},
-        {"EmptyFile", "", "K", 64, false, kUntouched},
-        {"NulInsideLineKeyIsData", "A\0B = 1\nA = 2\n"s, "A", 64, true, "2"},
-        {"BinaryLinesAround", "\xff\xfe=\x01\n\0\0\0\n K = v\n\x80"s, "K", 64, true, "v"},
-        {"KeyOf600Bytes", kLongKey + " = long\n", kLongKey, 64, true, "long"},
-        {"KeyCutTo511", kLongKey + " = long\n", std::string(511, 'k'), 64, true, "long"},
-        {"KeyNotCutShorter", kLongKey + " = long\n", std::string(510, 'k'), 64, false, kUntouched},
+        {"QuotedPathLosesQuotes", "GOZ_OBJECT_LIST = \"C:/a b/list.txt\"\r\n", "GOZ_OBJECT_LIST", 1024, "C:/a b/list.txt"},
+        {"EarlierPrefixLineWins", "GOZ = short\nGOZ_OBJECT_LIST = long\n", "GOZ_OBJECT_LIST", 64, "short"},
+        {"ValueCutToBuffer", "K = 0123456789\n", "K", 4, "012"},
+        {"BufferOfOneGetsOnlyTerminator", "K = 0123456789\n", "K", 1, ""},
+        {"LongValueCut", "K = \"" + std::string(5000, 'x') + "\"\n", "K", 512, std::string(511, 'x')},
     };
     CKeyValueTestFiles files;
     ASSERT_TRUE(files.IsValid());
@@ -67,7 +42,7 @@ TEST(KeyValueFile, GetReadsTheFirstAnsweringLine)
         const std::string path = files.Write("info.txt", c.content);
         std::vector<char> buffer(1100, '#');
         std::strcpy(buffer.data(), kUntouched.c_str());
-        EXPECT_EQ(GetKeyValue(path.c_str(), c.key.c_str(), buffer.data(), c.valueSize), c.found);
+        EXPECT_TRUE(GetKeyValue(path.c_str(), c.key.c_str(), buffer.data(), c.valueSize));
         EXPECT_EQ(std::string(buffer.data()), c.value);
         // Nothing written past the given size.
         EXPECT_EQ(buffer[static_cast<std::size_t>(std::max(c.valueSize, 10))], '#');
@@ -84,23 +59,11 @@ TEST(KeyValueFile, SetReplacesTheKeyAtTheEnd)
         const char* value;
         std::string expected;
     } cases[] = {
-        {"DropsBothAndAppends", "A = 1\nB = 2\nA = 3\n", "A", "9", "B = 2\nA = 9\n"},
         {"OtherLinesKeepCrLfValueAsGiven", "A=1\r\nB=2\r\n", "A", "\"x\"", "B=2\r\nA = \"x\"\n"},
-        {"JoinsOntoLastLineWithoutEnd", "B=2", "A", "x", "B=2A = x\n"},
-        {"EmptyFileGetsOneLine", "", "A", "x", "A = x\n"},
         {"NullValue", "", "A", nullptr, "A = \n"},
         {"EmptyValue", "B=1\n", "A", "", "B=1\nA = \n"},
-        {"BlankLinesKept", "\n\n  \nA=1\n\n", "B", "v", "\n\n  \nA=1\n\nB = v\n"},
-        {"DroppedLineTakesItsWholeLineEndRun", "A=1\r\n\r\nB=2", "A", "x", "B=2A = x\n"},
         {"PrefixLineDropped", "GOZ = x\nGOZ_OBJECT_LIST = y\nOTHER = z\n", "GOZ_OBJECT_LIST", "n",
          "OTHER = z\nGOZ_OBJECT_LIST = n\n"},
-        {"CaseIgnoredLongerKeyKept", "path = a\nPATHX = b\n", "PATH", "c", "PATHX = b\nPATH = c\n"},
-        {"IndentedLineDroppedWhole", "X=1\n   A = 1\t\nY=2\n", "A", "2", "X=1\nY=2\nA = 2\n"},
-        {"BinaryKeptByteForByte", "\0\x01\xff\nA=1\n\0=\0\n"s, "A", "v", "\0\x01\xff\n\0=\0\nA = v\n"s},
-        {"CarriageReturnsOnly", "A=1\rB=2\r", "B", "x", "A=1\rB = x\n"},
-        {"LineStartingWithEqualsKept", "=1\nA=1\n", "A", "v", "=1\nA = v\n"},
-        {"LineWithoutEqualsDropped", "A\nB=1\n", "A", "v", "B=1\nA = v\n"},
-        {"KeyOf600Bytes", kLongKey + " = old\r\nOTHER = 1\r\n", kLongKey, "new", "OTHER = 1\r\n" + kLongKey + " = new\n"},
     };
     CKeyValueTestFiles files;
     ASSERT_TRUE(files.IsValid());

@@ -16,12 +16,18 @@
 
 namespace {
 
+// A widget of the layout's parent, named.
+template <typename T>
+T* Add(QLayout* layout, const char* name, T* widget)
+{
+    widget->setObjectName(QString::fromLatin1(name));
+    layout->addWidget(widget);
+    return widget;
+}
+
 QPushButton* AddButton(QDialog* dialog, QLayout* layout, const char* name)
 {
-    auto* button = new QPushButton(QString::fromLatin1(name), dialog);
-    button->setObjectName(QString::fromLatin1(name));
-    layout->addWidget(button);
-    return button;
+    return Add(layout, name, new QPushButton(QString::fromLatin1(name), dialog));
 }
 
 QAction* AddAction(QWidget* parent, const char* name)
@@ -107,19 +113,14 @@ void CFakePlugin::OnDialog()
     dialog.setObjectName(QStringLiteral("FakeDialog"));
     dialog.setWindowTitle(QStringLiteral("Fake dialog"));
     auto* layout = new QVBoxLayout(&dialog);
-    auto* check = new QCheckBox(QStringLiteral("Check me"), &dialog);
-    check->setObjectName(QStringLiteral("fakeCheck"));
-    layout->addWidget(check);
-    auto* combo = new QComboBox(&dialog);
-    combo->setObjectName(QStringLiteral("fakeCombo"));
+    auto* check = Add(layout, "fakeCheck", new QCheckBox(QStringLiteral("Check me"), &dialog));
+    auto* combo = Add(layout, "fakeCombo", new QComboBox(&dialog));
     combo->addItems({QStringLiteral("Alpha"), QStringLiteral("Beta"), QStringLiteral("Gamma")});
     qobject_cast<QListView*>(combo->view())->setRowHidden(1, true);
-    layout->addWidget(combo);
     int activated = -1;
     connect(combo, QOverload<int>::of(&QComboBox::activated), &dialog, [&activated](int index) { activated = index; });
 
-    auto* table = new QTableWidget(2, 2, &dialog);
-    table->setObjectName(QStringLiteral("fakeTable"));
+    auto* table = Add(layout, "fakeTable", new QTableWidget(2, 2, &dialog));
     table->setHorizontalHeaderLabels({QStringLiteral("Name"), QStringLiteral("Action")});
     table->setItem(0, 0, new QTableWidgetItem(QStringLiteral("Row A")));
     table->setItem(1, 0, new QTableWidgetItem(QStringLiteral("Row B")));
@@ -130,12 +131,7 @@ void CFakePlugin::OnDialog()
     fixedCombo->addItem(QStringLiteral("Skip"));
     fixedCombo->setEnabled(false);
     table->setCellWidget(1, 1, fixedCombo);
-    layout->addWidget(table);
-
-    auto* hidden = new QCheckBox(QStringLiteral("Hidden"), &dialog);
-    hidden->setObjectName(QStringLiteral("fakeHiddenCheck"));
-    hidden->setVisible(false);
-    layout->addWidget(hidden);
+    Add(layout, "fakeHiddenCheck", new QCheckBox(QStringLiteral("Hidden"), &dialog))->setVisible(false);
     connect(AddButton(&dialog, layout, "fakeOkButton"), &QPushButton::clicked, &dialog, &QDialog::accept);
     connect(AddButton(&dialog, layout, "fakeCancelButton"), &QPushButton::clicked, &dialog, &QDialog::reject);
     AddButton(&dialog, layout, "fakeDisabledButton")->setEnabled(false);
