@@ -420,13 +420,17 @@ std::string NotifyHost(const std::vector<std::string>& objectList, const QJsonVa
     if (!FindEnvironment("MVGOZ_HOST_SOCKET", socketName) || socketName.empty()) {
         return "no host socket";
     }
+    // The first names only: the notice is one line the host takes whole, and the list itself
+    // stays in its file for the plug-in.
+    constexpr std::size_t kNamesInNotice = 1000;
     QJsonArray names;
-    for (const std::string& name : objectList) {
-        names.append(ToQ(name));
+    for (std::size_t i = 0; i < objectList.size() && i < kNamesInNotice; ++i) {
+        names.append(ToQ(objectList[i]));
     }
     const QByteArray notice = QJsonDocument(QJsonObject{{QStringLiteral("notice"), QStringLiteral("GoZDataUpdated")},
                                                         {QStringLiteral("step"), step},
-                                                        {QStringLiteral("object_list"), names}})
+                                                        {QStringLiteral("object_list"), names},
+                                                        {QStringLiteral("object_list_count"), double(objectList.size())}})
                                   .toJson(QJsonDocument::Compact) +
                               '\n';
     QLocalSocket socket;

@@ -62,6 +62,7 @@ const QList<CStepRule>& Rules()
          {{"operation", EArgType::String, true}, {"code", EArgType::Code, true}, {"nth", EArgType::Ordinal, false}}},
         {"clear_failures", {{"operation", EArgType::String, false}}},
         {"clear_log", {}},
+        {"record_usage", {}},
         {"wait_processes", {{"count", EArgType::Count, true}, {"timeout_ms", EArgType::Count, false}}},
         {"click",
          {{"widget", EArgType::String, true}, {"fallback", EArgType::String, false}, {"dialog", EArgType::String, false}}},

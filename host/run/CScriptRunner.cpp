@@ -17,6 +17,8 @@
 #include <QSaveFile>
 #include <QTableWidget>
 
+#include <ctime>
+
 namespace MV {
 namespace Host {
 
@@ -29,6 +31,29 @@ QStringList Strings(const QJsonValue& value)
         items << item.toString();
     }
     return items;
+}
+
+// A "Vm…:   1234 kB" line of /proc/self/status; -1 where there is none.
+qint64 StatusKilobytes(const QByteArray& status, const char* key)
+{
+    for (const QByteArray& line : status.split('\n')) {
+        if (line.startsWith(key)) {
+            bool ok = false;
+            const qint64 value = line.mid(int(qstrlen(key))).trimmed().split(' ').value(0).toLongLong(&ok);
+            return ok ? value : -1;
+        }
+    }
+    return -1;
+}
+
+QJsonObject Usage(const QElapsedTimer& sinceStart)
+{
+    QFile file(QStringLiteral("/proc/self/status"));
+    const QByteArray status = file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+    return QJsonObject{{QStringLiteral("elapsed_ms"), double(sinceStart.elapsed())},
+                       {QStringLiteral("cpu_ms"), double(std::clock()) * 1000.0 / CLOCKS_PER_SEC},
+                       {QStringLiteral("rss_kb"), double(StatusKilobytes(status, "VmRSS:"))},
+                       {QStringLiteral("peak_rss_kb"), double(StatusKilobytes(status, "VmHWM:"))}};
 }
 
 } // namespace
@@ -53,6 +78,7 @@ QV::Result CScriptRunner::Run(const CScript& script)
     m_bFinished = false;
     m_bStepFailed = false;
     m_strLastClicked.clear();
+    m_kSinceStart.start();
     QTimer::singleShot(0, this, &CScriptRunner::RunNextStep);
     m_kWatchdog.start(m_iWatchdogOverrideMs > 0 ? m_iWatchdogOverrideMs : script.WatchdogMs());
     m_kLoop.exec();
@@ -217,6 +243,8 @@ QString CScriptRunner::Execute(const CScriptStep& step, QJsonObject& detail)
         }
     } else if (name == QLatin1String("clear_log")) {
         m_rHost.CallLog().Clear();
+    } else if (name == QLatin1String("record_usage")) {
+        detail = Usage(m_kSinceStart);
     } else if (name == QLatin1String("wait_processes")) {
         return WaitForProcesses(number("count", 0), number("timeout_ms", CScript::kDefaultWaitTimeoutMs), detail);
     } else if (name == QLatin1String("wait_goz_return")) {

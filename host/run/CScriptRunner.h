@@ -3,6 +3,7 @@
 #include "CScript.h"
 #include "QVResult.h"
 
+#include <QElapsedTimer>
 #include <QEventLoop>
 #include <QJsonObject>
 #include <QObject>
@@ -76,6 +77,7 @@ private:
     QPointer<QEventLoop> m_pWaitLoop;
     QTimer m_kWatchdog;
     QTimer m_kCloser;
+    QElapsedTimer m_kSinceStart; // for record_usage
 };
 
 } // namespace Host
