@@ -14,6 +14,7 @@ PACKAGES=(
     xvfb
     g++-mingw-w64-x86-64-posix wine wine64
     clang  # scripts/fuzz.sh: libFuzzer (the tests replay its inputs without it)
+    ccache # a second build of the same sources takes its objects from the cache
 )
 
 missing=()
@@ -39,7 +40,7 @@ if ((${#missing[@]})); then
 fi
 
 if [ ! -f "$BUILD/build.ninja" ]; then
-    cmake -S "$ROOT" -B "$BUILD" -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo >/dev/null
+    cmake -S "$ROOT" -B "$BUILD" -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo $("$ROOT/scripts/compiler-cache.sh") >/dev/null
 fi
 if (($#)); then
     cmake --build "$BUILD" -j2 --target "$@"
