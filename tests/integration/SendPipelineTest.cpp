@@ -217,7 +217,12 @@ TEST_F(SendPipeline, PreviousObjectListIsReadWordByWord)
 {
     WriteFile(QStringLiteral("C:/Users/Public/Pixologic/GoZApps/Figmora/GoZ_ObjectList.txt"),
               "C:/x/Body\n  C:/x/My Mesh\tC:/y/Eye.part\n");
-    CGoZSendPipeline pipeline(m_pHost.get(), Root());
+    // A public folder moved elsewhere holds another list: the previous list is still read
+    // through the fixed public path.
+    const QString moved = QStringLiteral("D:/Shared/Pixologic/GoZApps/Figmora/");
+    WriteFile(moved + QStringLiteral("GoZ_Info.txt"), "GOZ_OBJECT_LIST = GoZ_ObjectList.txt\n");
+    WriteFile(moved + QStringLiteral("GoZ_ObjectList.txt"), "C:/x/Decoy\n");
+    CGoZSendPipeline pipeline(m_pHost.get(), QStringLiteral("D:/Shared/Pixologic/"));
     QV::Result result = QV::kOk;
     QStringList files;
     pipeline.ReadPreviousObjectList(result, files);
