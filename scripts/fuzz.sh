@@ -29,11 +29,12 @@ trap 'rm -rf "$private"' EXIT
 export TMPDIR="$private"
 export QT_QPA_PLATFORM=offscreen
 
+. "$ROOT/scripts/compiler-cache.sh"
 if [ ! -f "$BUILD/build.ninja" ]; then
     cmake -S "$ROOT" -B "$BUILD" -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo \
         -DCMAKE_C_COMPILER=clang -DCMAKE_CXX_COMPILER=clang++ \
         -DMVGOZ_FUZZ=ON -DMVGOZ_BUILD_TESTS=OFF -DMVGOZ_BUILD_BENCH=OFF -DMVGOZ_WINE_TESTS=OFF \
-        $("$ROOT/scripts/compiler-cache.sh") >/dev/null || exit 1
+        $cache_option >/dev/null || exit 1
 fi
 cmake --build "$BUILD" -j2 --target mvgoz_fuzzers || exit 1
 

@@ -39,8 +39,9 @@ if ((${#missing[@]})); then
     DEBIAN_FRONTEND=noninteractive $SUDO apt-get install -y -qq --no-install-recommends "${missing[@]}" >/dev/null
 fi
 
+. "$ROOT/scripts/compiler-cache.sh"
 if [ ! -f "$BUILD/build.ninja" ]; then
-    cmake -S "$ROOT" -B "$BUILD" -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo $("$ROOT/scripts/compiler-cache.sh") >/dev/null
+    cmake -S "$ROOT" -B "$BUILD" -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo $cache_option >/dev/null
 fi
 if (($#)); then
     cmake --build "$BUILD" -j2 --target "$@"

@@ -30,10 +30,11 @@ export ASAN_OPTIONS="detect_leaks=1:detect_stack_use_after_return=1:check_initia
 export UBSAN_OPTIONS="print_stacktrace=1"
 export LSAN_OPTIONS="suppressions=$ROOT/tests/sanitizers/lsan.supp:print_suppressions=0"
 
+. "$ROOT/scripts/compiler-cache.sh"
 if [ ! -f "$BUILD/build.ninja" ]; then
     # -O1: sanitized code runs several times faster than at -O0 and still reports exact lines.
     if ! cmake -S "$ROOT" -B "$BUILD" -G Ninja -DCMAKE_BUILD_TYPE=Debug -DCMAKE_CXX_FLAGS_DEBUG="-O1 -g1" \
-        -DMVGOZ_SANITIZE=ON -DMVGOZ_WINE_TESTS=OFF -DMVGOZ_BUILD_BENCH=OFF $("$ROOT/scripts/compiler-cache.sh") >/dev/null; then
+        -DMVGOZ_SANITIZE=ON -DMVGOZ_WINE_TESTS=OFF -DMVGOZ_BUILD_BENCH=OFF $cache_option >/dev/null; then
         echo "the sanitizer build could not be configured (run scripts/setup.sh first)"
         exit 1
     fi
