@@ -310,6 +310,7 @@ INSTANTIATE_TEST_SUITE_P(
                     },
                     QV::kFail, true, false, 0},
         FailureCase{"LodRemovalFails", Fail("RemoveLods", QV::kFail), QV::kFail, false, false, 0},
+        FailureCase{"LodListingFails", Fail("GetLodMeshes", QV::kOutOfMemory), QV::kOutOfMemory, false, false, 0},
         FailureCase{"InfoFileMissing",
                     [](SendFixture& t) { QFile::remove(t.App() + QStringLiteral("GoZ_Info.txt")); }, QV::kFail,
                     true, false, 0},

@@ -2,6 +2,7 @@
 #include "ReceiveFixture.h"
 
 #include <QGroupBox>
+#include <QLabel>
 #include <QListView>
 #include <QPushButton>
 #include <QRadioButton>
@@ -205,6 +206,12 @@ TEST_F(ReceiveDialog, TemplateEntriesSetTheRowsCheckBoxes)
     EXPECT_TRUE(list->isRowHidden(3));
     ASSERT_EQ(Receive(), QV::kOk);
     EXPECT_FALSE(list->isRowHidden(1) || list->isRowHidden(3));
+
+    // The box and its label are for rows: an empty return leaves both disabled.
+    EXPECT_TRUE(m_pDialog->Ui().qtTemplateComboBox->isEnabled() && m_pDialog->Ui().qtTemplateLabel->isEnabled());
+    ASSERT_EQ(Receive(QStringList()), QV::kOk);
+    EXPECT_FALSE(m_pDialog->Ui().qtTemplateComboBox->isEnabled());
+    EXPECT_FALSE(m_pDialog->Ui().qtTemplateLabel->isEnabled());
 }
 
 TEST_F(ReceiveDialog, UpdatingOneRowRebuildsOnlyThatRow)
