@@ -29,7 +29,7 @@ struct CStressSize
     int m_iObjects = 10000;
     int m_iSent = 1000;
     int m_iRounds = 5;
-    int m_iListMegabytes = 10;
+    int m_iListMegabytes = 0;
     int m_iWaitSeconds = 1200; // for each return
 };
 
@@ -162,7 +162,7 @@ int main(int argc, char** argv)
     const QCommandLineOption objects(QStringLiteral("objects"), QStringLiteral("scene objects"), QStringLiteral("N"), QStringLiteral("10000"));
     const QCommandLineOption sent(QStringLiteral("sent"), QStringLiteral("meshes sent each round"), QStringLiteral("N"), QStringLiteral("1000"));
     const QCommandLineOption rounds(QStringLiteral("rounds"), QStringLiteral("round trips"), QStringLiteral("N"), QStringLiteral("5"));
-    const QCommandLineOption listMb(QStringLiteral("list-mb"), QStringLiteral("size of ZBrush's object list"), QStringLiteral("N"), QStringLiteral("10"));
+    const QCommandLineOption listMb(QStringLiteral("list-mb"), QStringLiteral("pad ZBrush's object list to N MB"), QStringLiteral("N"), QStringLiteral("0"));
     const QCommandLineOption wait(QStringLiteral("wait-s"), QStringLiteral("how long to wait for each return"), QStringLiteral("N"), QStringLiteral("1200"));
     const QCommandLineOption reportFile(QStringLiteral("report"), QStringLiteral("where to save the host's report"), QStringLiteral("FILE"));
     parser.addOptions({objects, sent, rounds, listMb, wait, reportFile});
