@@ -309,11 +309,11 @@ void ZBrushToFMDlg::CreateTable(const CZBrushToFMMeshInfoList& records)
     }
     QTableWidget* table = m_kUi.qtFMGoZBackFromZBrushTableWidget;
     // Sized once and filled unseen: rows inserted one by one into a shown table re-place
-    // every cell widget each time.
+    // every cell widget each time. The whole table is hidden, not only its viewport: each
+    // cell widget shown in a visible window queues a repaint of its own.
     table->setUpdatesEnabled(false);
-    QWidget* viewport = table->viewport();
-    const bool viewportHidden = viewport->isHidden();
-    viewport->hide();
+    const bool tableHidden = table->isHidden();
+    table->hide();
 
     table->clearContents();
     table->setRowCount(0);
@@ -328,7 +328,11 @@ void ZBrushToFMDlg::CreateTable(const CZBrushToFMMeshInfoList& records)
         }
     }
 
-    viewport->setHidden(viewportHidden);
+    // Each cell widget placed over its cell before anything paints: a second return shown in
+    // the open dialog would otherwise stack tens of thousands of widgets at the top left,
+    // and Qt paints overlapping siblings recursively, one stack frame each.
+    table->doItemsLayout();
+    table->setHidden(tableHidden);
     table->setUpdatesEnabled(true);
 }
 

@@ -6,6 +6,9 @@
 #include <QListView>
 #include <QPushButton>
 #include <QRadioButton>
+#include <QRect>
+
+#include <vector>
 
 using namespace MV;
 using namespace MV::Test;
@@ -396,6 +399,33 @@ TEST_F(ReceiveDialog, AFailedReceiveLeavesTheTableAsItWas)
 
     EXPECT_EQ(m_pDialog->Records(), before);
     EXPECT_EQ(Table()->rowCount(), 2);
+}
+
+TEST_F(ReceiveDialog, ASecondReturnIntoTheOpenDialogPlacesEveryCellWidgetBeforeItPaints)
+{
+    // Cell widgets left unplaced pile up at the table's corner, and a large return painted
+    // that way recurses once per widget.
+    ASSERT_EQ(Receive(), QV::kOk);
+    ASSERT_TRUE(m_pDialog->isVisible());
+    QCoreApplication::processEvents();
+    ASSERT_EQ(Receive(), QV::kOk);
+
+    // Where each widget is, read before anything asks the table for a cell's place (which
+    // would lay it out there and then).
+    struct Cell { int row, column; QRect geometry; };
+    std::vector<Cell> cells;
+    for (int row = 0; row < Table()->rowCount(); ++row) {
+        for (int column = 1; column < Table()->columnCount(); ++column) {
+            if (const QWidget* widget = Table()->cellWidget(row, column)) {
+                cells.push_back({row, column, widget->geometry()});
+            }
+        }
+    }
+    ASSERT_GE(cells.size(), 5u * 3);
+    for (const Cell& cell : cells) {
+        SCOPED_TRACE(testing::Message() << "row " << cell.row << ", column " << cell.column);
+        EXPECT_TRUE(Table()->visualRect(Table()->model()->index(cell.row, cell.column)).contains(cell.geometry.center()));
+    }
 }
 
 } // namespace
