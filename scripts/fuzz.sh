@@ -2,6 +2,7 @@
 # Builds the libFuzzer programs (clang, -fsanitize=fuzzer,address,undefined) in their own build
 # folder and runs each for the given seconds, starting from its saved inputs.
 # Usage: fuzz.sh [seconds per target, default 60] [target ...]   (no target: all of them)
+# MVGOZ_FUZZ_RUNS=N also stops each target after N executions (a long run: 10000000).
 # New interesting inputs stay in the build folder; an input that crashes a target is saved in
 # tests/fuzz/corpus/<target>/ as crash-<hash>, where the normal test run replays it from then on.
 set -uo pipefail
@@ -10,8 +11,9 @@ ROOT="$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)"
 BUILD="${MVGOZ_FUZZ_BUILD_DIR:-$ROOT/build-fuzz}"
 SECONDS_PER_TARGET="${1:-60}"
 shift $(($# > 0 ? 1 : 0))
-if ! [[ "$SECONDS_PER_TARGET" =~ ^[0-9]+$ ]] || ((SECONDS_PER_TARGET < 1)); then
-    echo "usage: $0 [seconds per target] [target ...]" >&2
+RUNS="${MVGOZ_FUZZ_RUNS:--1}"
+if ! [[ "$SECONDS_PER_TARGET" =~ ^[0-9]+$ ]] || ((SECONDS_PER_TARGET < 1)) || ! [[ "$RUNS" =~ ^(-1|[1-9][0-9]*)$ ]]; then
+    echo "usage: [MVGOZ_FUZZ_RUNS=executions] $0 [seconds per target] [target ...]" >&2
     exit 2
 fi
 
@@ -70,7 +72,7 @@ for target in "${targets[@]}"; do
         *) leaks=1 ;;
     esac
     # The first folder receives new inputs; the saved ones are only read.
-    ASAN_OPTIONS="${ASAN_OPTIONS:-detect_leaks=$leaks}" "$program" "$work" "$seeds" -max_total_time="$SECONDS_PER_TARGET" -timeout=10 -rss_limit_mb=2048 \
+    ASAN_OPTIONS="${ASAN_OPTIONS:-detect_leaks=$leaks}" "$program" "$work" "$seeds" -max_total_time="$SECONDS_PER_TARGET" -runs="$RUNS" -timeout=10 -rss_limit_mb=2048 \
         -print_final_stats=1 -artifact_prefix="$seeds/" >"$log" 2>&1
     code=$?
     runs="$(sed -n 's/^stat::number_of_executed_units: *//p' "$log" | tail -n 1)"
@@ -79,7 +81,8 @@ for target in "${targets[@]}"; do
         tail -n 40 "$log"
         results+=("$target: FAILED after ${runs:-?} executions (exit $code; log $log; input saved in $seeds/)")
     else
-        results+=("$target: ${runs:-?} executions in ${SECONDS_PER_TARGET} s")
+        took="$(sed -n 's/^Done [0-9]* runs in \([0-9]*\) second.*/\1/p' "$log" | tail -n 1)"
+        results+=("$target: ${runs:-?} executions in ${took:-$SECONDS_PER_TARGET} s")
     fi
 done
 
